@@ -1,0 +1,76 @@
+#include "support/blob_builder.h"
+
+#include <cstring>
+
+namespace xgtest {
+
+void put_u32(Bytes& b, uint32_t v) {
+  for (int i = 0; i < 4; ++i) b.push_back(static_cast<unsigned char>(v >> (8 * i)));
+}
+
+void put_f64(Bytes& b, double v) {
+  uint64_t bits;
+  std::memcpy(&bits, &v, sizeof bits);
+  for (int i = 0; i < 8; ++i) b.push_back(static_cast<unsigned char>(bits >> (8 * i)));
+}
+
+void put_header(Bytes& b, uint32_t type) {
+  b.push_back(0);
+  put_u32(b, type);
+}
+
+Bytes point(double x, double y) {
+  Bytes b;
+  put_header(b, XGWKB_TYPE_POINT);
+  put_f64(b, x);
+  put_f64(b, y);
+  return b;
+}
+
+static void put_run(Bytes& b, const Ring& pts) {
+  put_u32(b, static_cast<uint32_t>(pts.size()));
+  for (const _xgWKB_POINT& p : pts) {
+    put_f64(b, p.x);
+    put_f64(b, p.y);
+  }
+}
+
+Bytes linestring(const Ring& pts) {
+  Bytes b;
+  put_header(b, XGWKB_TYPE_LINESTRING);
+  put_run(b, pts);
+  return b;
+}
+
+Bytes polygon(const std::vector<Ring>& rings) {
+  Bytes b;
+  put_header(b, XGWKB_TYPE_POLYGON);
+  put_u32(b, static_cast<uint32_t>(rings.size()));
+  for (const Ring& r : rings) put_run(b, r);
+  return b;
+}
+
+Bytes multi(uint32_t type, const std::vector<Bytes>& members) {
+  Bytes b;
+  put_header(b, type);
+  put_u32(b, static_cast<uint32_t>(members.size()));
+  for (const Bytes& m : members) b.insert(b.end(), m.begin(), m.end());
+  return b;
+}
+
+Bytes nil() {
+  Bytes b;
+  put_header(b, XGWKB_TYPE_NIL);
+  return b;
+}
+
+Misaligned::Misaligned(const Bytes& blob, std::size_t shift) : storage_(blob.size() + 16), shift_(shift) {
+  // vector storage is at least 8-aligned, so an odd shift misaligns every double.
+  std::memcpy(storage_.data() + shift_, blob.data(), blob.size());
+}
+
+Ring square(double x0, double y0, double size) {
+  return {{x0, y0}, {x0 + size, y0}, {x0 + size, y0 + size}, {x0, y0 + size}, {x0, y0}};
+}
+
+}  // namespace xgtest

@@ -1,0 +1,45 @@
+// blob_builder.h - hand-built shape blobs for tests, independent of the library's writers.
+#ifndef XGGEO_TESTS_BLOB_BUILDER_H
+#define XGGEO_TESTS_BLOB_BUILDER_H
+
+#include <cstdint>
+#include <initializer_list>
+#include <vector>
+
+#include "xggeokit.h"
+
+namespace xgtest {
+
+using Bytes = std::vector<unsigned char>;
+using Ring = std::vector<_xgWKB_POINT>;
+
+// Appenders in the blob's byte layout (little-endian, byte-order byte 0).
+void put_u32(Bytes& b, uint32_t v);
+void put_f64(Bytes& b, double v);
+void put_header(Bytes& b, uint32_t type);
+
+Bytes point(double x, double y);
+Bytes linestring(const Ring& pts);
+Bytes polygon(const std::vector<Ring>& rings);
+Bytes multi(uint32_t type, const std::vector<Bytes>& members);
+Bytes nil();
+
+// A copy of a blob placed at an odd address inside a larger buffer, so that every double in it
+// is misaligned; keeps the storage alive while the test uses data().
+class Misaligned {
+ public:
+  explicit Misaligned(const Bytes& blob, std::size_t shift = 3);
+  const unsigned char* data() const { return storage_.data() + shift_; }
+  unsigned char* data() { return storage_.data() + shift_; }
+
+ private:
+  Bytes storage_;
+  std::size_t shift_;
+};
+
+// A closed axis-aligned square ring, counter-clockwise.
+Ring square(double x0, double y0, double size);
+
+}  // namespace xgtest
+
+#endif  // XGGEO_TESTS_BLOB_BUILDER_H
