@@ -1,0 +1,70 @@
+// segment_tests.h - the segment and ring tests shared by the relation predicates, shape
+// construction, validation and distance.
+//
+// Operands are read only.  A "run" is a counted point run (u32 n then n points: a polygon ring,
+// or a linestring body at line + 5); a "line" is a whole linestring blob; a "polygon" a whole
+// polygon blob.  Every test takes the tolerance t of its caller.  Yes/no answers are 1/0.
+#ifndef XGGEO_RELATE_SEGMENT_TESTS_H
+#define XGGEO_RELATE_SEGMENT_TESTS_H
+
+#include <cstdint>
+
+#include "core/blob.h"
+
+namespace xg {
+
+// Meeting of segment (a1, a2) with segment (b1, b2), computed in the frame of the first segment.
+// 0: no meeting; 1: one meeting point, returned as a new 21-byte point blob through *point
+// (caller frees; point may be null when the caller does not want it); 2: overlap along a
+// stretch, *point set to null.
+int32_t segment_intersection(const _xgWKB_POINT& a1, const _xgWKB_POINT& a2,
+                             const _xgWKB_POINT& b1, const _xgWKB_POINT& b2, byte** point,
+                             double t);
+
+// 1 when the linestring does not cross itself (two non-adjacent segments meeting in one point;
+// the first and last segment may meet at the closing point).  With crossings non-null, every
+// meeting point is collected and, when there is any, a new multipoint block is handed back.
+int32_t line_is_simple(const byte* line, double t, byte** crossings);
+
+// 1 when no member of the multilinestring crosses itself and no two members meet.
+int32_t multiline_is_simple(const byte* multiline, double t);
+
+// 1 when segment (a, b) leaves the ring, 0 when it stays inside or on it.
+int32_t segment_leaves_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const byte* ring, double t);
+
+// 1 when every segment of ring a lies inside ring b (a run of fewer than two points: 1).
+int32_t ring_inside_ring(const byte* ring_a, const byte* ring_b, double t);
+
+// 1 when the two runs have no point in common.
+int32_t runs_disjoint(const byte* run_a, const byte* run_b, double t);
+
+// 1 when two closed linestrings meet in exactly one point.
+int32_t lines_touch(const byte* line_a, const byte* line_b, double t);
+
+// 1 when segment (a, b) reaches the interior of the ring.
+int32_t segment_enters_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const byte* ring, double t);
+
+// 1 when ring a lies partly inside ring b (callers test both orders).
+int32_t ring_overlaps_ring(const byte* ring_a, const byte* ring_b, double t);
+
+// 1 when some vertex or segment of the ring reaches the polygon's interior.
+int32_t ring_reaches_polygon(const byte* ring, const byte* polygon, double t);
+
+// 1 when p lies in the polygon's interior (inside the outer ring, in no hole, on no boundary).
+int32_t point_within_polygon(const _xgWKB_POINT& p, const byte* polygon, double t);
+
+// 1 when p lies outside the polygon (outside the outer ring or strictly inside a hole).
+int32_t point_outside_polygon(const _xgWKB_POINT& p, const byte* polygon, double t);
+
+// 1 when the interiors of the two polygons share an area.
+int32_t polygons_overlap(const byte* polygon_a, const byte* polygon_b, double t);
+
+// 1 when a segment of one multilinestring crosses a segment of the other.
+int32_t multilines_cross(const byte* multiline_a, const byte* multiline_b, double t);
+
+// 1 when the two polygons have no point in common.
+int32_t polygons_disjoint(const byte* polygon_a, const byte* polygon_b, double t);
+
+}  // namespace xg
+
+#endif  // XGGEO_RELATE_SEGMENT_TESTS_H
