@@ -92,9 +92,7 @@ TEST(Construct, ArgumentsAreCheckedInTheirStatedOrder) {
     int32_t want;
   } cases[] = {
       {"multipoint k 0 before null array", [](auto o) { return xgWKB_shape_generate_multipoint(0, nullptr, o); }, -148},
-      {"multipoint null array", [](auto o) { return xgWKB_shape_generate_multipoint(2, nullptr, o); }, -65},
       {"line null before count", [](auto o) { return xgWKB_shape_generate_line(1, nullptr, o); }, -65},
-      {"line one point", [](auto o) { return xgWKB_shape_generate_line(1, kPts.data(), o); }, -148},
       {"multiline member of one point", [&](auto o) { return xgWKB_shape_generate_multiline(3, 2, short_line, kPts.data(), o); }, -148},
       {"polygon null points", [](auto o) { return xgWKB_shape_generate_polygon(3, 1, nullptr, nullptr, o); }, -65},
       {"polygon total 3 with valid counts", [](auto o) {
@@ -236,8 +234,6 @@ TEST(Convert, ShapesTakeTheirOtherForms) {
        multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({kShell, kHole, kIsland})})},
       {"two shells, holes given last", xgWKB_shape_as_polygon, lines({kShell, kShell2, kHole2, kHole}),
        multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({kShell, kHole}), polygon({kShell2, kHole2})})},
-      {"a cross", xgWKB_shape_as_simple_line, lines({{{0, 0}, {2, 2}}, {{0, 2}, {2, 0}}}),
-       lines({{{0, 0}, {1, 1}}, {{1, 1}, {2, 2}}, {{0, 2}, {1, 1}}, {{1, 1}, {2, 0}}})},
       {"an end inside the other", xgWKB_shape_as_simple_line, lines({{{0, 0}, {4, 0}}, {{2, 3}, {2, 0}}}),
        lines({{{0, 0}, {2, 0}}, {{2, 0}, {4, 0}}, {{2, 3}, {2, 0}}})},
       {"a crossing at a vertex", xgWKB_shape_as_simple_line, lines({{{0, 0}, {1, 1}, {2, 0}}, {{1, 0}, {1, 2}}}),
@@ -264,10 +260,8 @@ TEST(Convert, RefusalsAndTheirCodes) {
       {"nil has no vertices", xgWKB_shape_as_point, nil(), -27},
       {"nil has no line", xgWKB_shape_as_line, nil(), -134},
       {"a polygon without rings", xgWKB_shape_as_line, polygon({}), -27},
-      {"a multipolygon without rings", xgWKB_shape_as_line, multi(XGWKB_TYPE_MULTIPOLYGON, {}), -27},
       {"an open line", xgWKB_shape_as_polygon, linestring({{0, 0}, {2, 0}, {2, 2}, {0, 2}}), -27},
       {"a bow tie", xgWKB_shape_as_polygon, linestring({{0, 0}, {2, 2}, {2, 0}, {0, 2}, {0, 0}}), -27},
-      {"a polygon", xgWKB_shape_as_polygon, polygon({square(0, 0, 1)}), -27},
       {"an open member", xgWKB_shape_as_polygon, lines({kShell, {{30, 0}, {31, 0}}}), -27},
       {"members crossing", xgWKB_shape_as_polygon, lines({kShell, square(5, 5, 10)}), -27},
       {"as_simple_line passes nothing on", xgWKB_shape_as_simple_line, nil(), 0},
