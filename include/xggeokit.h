@@ -238,9 +238,137 @@ XGGEO_API int32_t xgWKB_shape_get_all_points(const unsigned char *shape, int32_t
 /* Shape construction                                                                          */
 /* ------------------------------------------------------------------------------------------ */
 
+/* Every constructor hands a new blob through out, released with xgWKB_shape_free, writes 0 into
+ * every byte-order byte and stores points as given (no ring is closed, reordered or reoriented).
+ * Arguments are checked in the order listed; a null out-pointer gives -65 after those checks,
+ * and running out of memory gives -1. */
+
+/* A 21-byte point blob of *p.  -65 p or out null. */
+XGGEO_API int32_t xgWKB_shape_generate_point(const _xgWKB_POINT *p, unsigned char **out);
+
+/* A multipoint of k member point blobs (9 + 21k bytes).  -148 k < 1 (tested before the array),
+ * -65 points null. */
+XGGEO_API int32_t xgWKB_shape_generate_multipoint(int32_t k, const _xgWKB_POINT *points,
+                                                  unsigned char **out);
+
+/* A linestring of n points (9 + 16n bytes).  -65 points null, -148 n < 2. */
+XGGEO_API int32_t xgWKB_shape_generate_line(int32_t n, const _xgWKB_POINT *points,
+                                            unsigned char **out);
+
+/* A multilinestring of parts members, member i taking the next counts[i] points of points; total
+ * is not used.  parts 0 gives the empty 9-byte multilinestring.  -65 points null (or counts null
+ * with parts > 0), -66 parts < 0, -148 some counts[i] < 2 (nothing is allocated). */
+XGGEO_API int32_t xgWKB_shape_generate_multiline(int32_t total, int32_t parts, const int32_t *counts,
+                                                 const _xgWKB_POINT *points, unsigned char **out);
+
+/* As xgWKB_shape_generate_multiline, then every member is split where it crosses or touches
+ * another member (tolerance 0.0001) and the pieces form the result.  Always returns 0: when the
+ * multilinestring cannot be built, nothing is stored in out (preset it). */
+XGGEO_API int32_t xgWKB_shape_generate_simple_line(int32_t total, int32_t parts,
+                                                   const int32_t *counts,
+                                                   const _xgWKB_POINT *points, unsigned char **out);
+
+/* A polygon of rings rings, ring i taking the next counts[i] points; with counts null, one ring of
+ * total points (13 + 16 total bytes).  Ring 1 is the outer ring.  -65 points null, -148 total < 4
+ * (even with counts) or some counts[i] < 4, -66 rings != 1 without counts (or rings < 0). */
+XGGEO_API int32_t xgWKB_shape_generate_polygon(int32_t total, int32_t rings, const int32_t *counts,
+                                               const _xgWKB_POINT *points, unsigned char **out);
+
+/* A 37-byte envelope blob (type 21): minx, miny, maxx, maxy.  -65 box or out null. */
+XGGEO_API int32_t xgWKB_shape_generate_envelope(const _xgWKB_BOX *box, unsigned char **out);
+
+/* A 93-byte polygon of the box: (minx,miny), (minx,maxy), (maxx,maxy), (maxx,miny), (minx,miny),
+ * clockwise and closed.  -65 box or out null. */
+XGGEO_API int32_t xgWKB_shape_generate_polygon_from_rectangle(const _xgWKB_BOX *box,
+                                                              unsigned char **out);
+
+/* A polygon of n points on the circle, counter-clockwise from (cx + radius, cy), at the angles
+ * i * 2pi / n with the single-precision 2pi.  The counted ring is not closed: one more point
+ * (cx + radius, cy) follows it outside the count, so the block is 16 bytes longer than
+ * xgWKB_shape_get_WKB_size says.  -66 unless radius >= 0 and n >= 4; -65 centre null. */
+XGGEO_API int32_t xgWKB_shape_generate_polygon_from_circle(const _xgWKB_POINT *centre, double radius,
+                                                           int32_t n, unsigned char **out);
+
+/* A polygon of n points on the ellipse with semi-axes a (along x) and b, swept from the angle
+ * start (radians) to 2pi.  The first point and the uncounted point written after the ring are
+ * (cx + a cos start, cy + a sin start).  -66 unless a >= 0, b >= 0, a >= b, 0 <= start <= 360
+ * and n >= 9; -65 centre null. */
+XGGEO_API int32_t xgWKB_shape_generate_from_ellipse(const _xgWKB_POINT *centre, double a, double b,
+                                                    double start, int32_t n, unsigned char **out);
+
+/* A copy of member index (1-based) of a multipoint, multilinestring or multipolygon as a shape of
+ * its own.  -65 shape null, -27 not a multi-type, -66 index outside 1..members. */
+XGGEO_API int32_t xgWKB_shape_generate_from_part(const unsigned char *shape, int32_t index,
+                                                 unsigned char **out);
+
+/* One multi-type holding every member of the multi-type inputs and every other input as a member,
+ * in order.  The last input's type picks the result: point or multipoint gives a multipoint, and
+ * so on; the others are not checked against it.  -65 shapes, an entry or out null; -66 count < 1;
+ * -134 an earlier input that is not a geometry (nothing allocated); -134 when the last input is
+ * not a geometry, in which case a zeroed block has already been stored in *out and the caller
+ * frees it. */
+XGGEO_API int32_t xgWKB_shape_combine(const unsigned char *const *shapes, int32_t count,
+                                      unsigned char **out);
+
+/* A multipoint of every vertex in storage order (ring-closing vertices included); a multipoint is
+ * copied.  -65 shape null, -27 type not 1-6. */
+XGGEO_API int32_t xgWKB_shape_as_point(const unsigned char *shape, unsigned char **out);
+
+/* The line form of a shape: a point gives the nil shape (status 0), a linestring or
+ * multilinestring a copy, a multipoint one linestring through its points, a polygon or
+ * multipolygon a multilinestring of all its rings (-27 when it has none).  -65 shape null,
+ * -134 type not 1-6. */
+XGGEO_API int32_t xgWKB_shape_as_line(const unsigned char *shape, unsigned char **out);
+
+/* xgWKB_shape_as_line, then a multilinestring result is split where its members cross or touch
+ * (tolerance 0.0001); any other result is returned as it is.  -65 shape null; otherwise always
+ * 0, even when the conversion failed (nothing is stored then: preset out). */
+XGGEO_API int32_t xgWKB_shape_as_simple_line(const unsigned char *shape, unsigned char **out);
+
+/* A multipolygon from closed rings.  A linestring must be closed and not cross itself and gives
+ * one polygon of one ring.  A multilinestring's members must be closed and cross neither
+ * themselves nor each other; a ring inside another is a hole, the others are outer rings, and
+ * each outer ring becomes a polygon with every hole that lies inside it (tolerance 0.0001).
+ * -65 shape null, -27 not a linestring or multilinestring, or a test failed. */
+XGGEO_API int32_t xgWKB_shape_as_polygon(const unsigned char *shape, unsigned char **out);
+
+/* Reserved entry points: they accept any arguments (declared without any here), ignore them,
+ * do nothing and return 0.  No coordinate reference is stored in a shape. */
+XGGEO_API int32_t xgWKB_shape_build(void);
+XGGEO_API int32_t xgWKB_shape_filter_coordinate(void);
+XGGEO_API int32_t xgWKB_shape_change_coordref(void);
+XGGEO_API int32_t xgWKB_shape_get_coordref(void);
+
 /* ------------------------------------------------------------------------------------------ */
 /* Metrics                                                                                     */
 /* ------------------------------------------------------------------------------------------ */
+
+/* Length of a line or of the rings of an area: linestring (part ignored); polygon all rings
+ * (part 0) or ring part; multilinestring all members or member part; multipolygon all polygons
+ * or polygon part.  -65 shape null, -135 part outside 0..parts, -27 point or multipoint,
+ * -134 other types; on failure *length is 0. */
+XGGEO_API int32_t xgWKB_shape_get_length(const unsigned char *shape, int32_t part, double *length);
+
+/* Area of a polygon or multipolygon, holes subtracted as magnitudes.  Polygon: part 0 and part r
+ * (the ring count, r >= 2) the whole polygon, part 1 the outer ring alone, part j in 2..r-1
+ * ring j+1 alone.  Multipolygon: part 0 all polygons, part p polygon p.  -65 shape null,
+ * -135 part outside 0..parts, -134 other types; on failure *area is 0. */
+XGGEO_API int32_t xgWKB_shape_get_area(const unsigned char *shape, int32_t part, double *area);
+
+/* 1 when a linestring's end points are equal within tol (or every member of a multilinestring
+ * is closed; an empty one is), else 0.  -65 shape null, -27 other types. */
+XGGEO_API int32_t xgWKB_shape_is_close(const unsigned char *shape, double tol);
+
+/* Boundary into *out (tolerance 0.0001): a point or multipoint gives a nil shape and -208 (free
+ * it); an open linestring the multipoint of its first and last point, a closed one the nil shape;
+ * a polygon or multipolygon the multilinestring of its rings; a multilinestring the multipoint of
+ * the end points met an odd number of times by its open members, in order of appearance (the
+ * nil shape when none is).  -65 shape or out null, -134 other types. */
+XGGEO_API int32_t xgWKB_shape_get_boundary(const unsigned char *shape, unsigned char **out);
+
+/* Centroid of a polygon's outer ring (holes ignored); a ring of almost no area gives its first
+ * point.  -65 shape or centroid null, -134 not a polygon (multipolygons included), -27 no ring. */
+XGGEO_API int32_t xgWKB_shape_get_centroid(const unsigned char *shape, _xgWKB_POINT *centroid);
 
 /* ------------------------------------------------------------------------------------------ */
 /* Validation                                                                                  */

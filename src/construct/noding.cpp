@@ -1,0 +1,234 @@
+// noding.cpp - splitting the members of a multilinestring where they meet each other.
+//
+// The segments of all members are swept in order of their left edge so that only segments whose
+// boxes overlap within the tolerance are given to the segment intersection test.  Every meeting
+// is computed once, for the pair, and the same point cuts both members, so the pieces of the two
+// members share their end points exactly.
+#include "construct/noding.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "relate/segment_tests.h"
+
+namespace xg {
+namespace {
+
+struct Segment {
+  uint32_t member;
+  uint32_t index;  // segment i runs from vertex i to vertex i + 1
+  _xgWKB_POINT a;
+  _xgWKB_POINT b;
+  _xgWKB_BOX box;
+};
+
+// A place where a member is cut: at vertex `index`, or inside segment `index` at param.
+struct Cut {
+  uint32_t member;
+  uint32_t index;
+  bool at_vertex;
+  double param;
+  _xgWKB_POINT at;
+};
+
+// Along the member: by segment, the vertex starting a segment before the cuts inside it.
+bool cut_order(const Cut& l, const Cut& r) {
+  if (l.member != r.member) return l.member < r.member;
+  if (l.index != r.index) return l.index < r.index;
+  if (l.at_vertex != r.at_vertex) return l.at_vertex;
+  return l.param < r.param;
+}
+
+class Noder {
+ public:
+  Noder(const byte* multiline, double t) : t_(t) {
+    for_each_member(multiline, [&](const byte* member, uint32_t) {
+      runs_.push_back(line_run(member));
+    });
+  }
+
+  int32_t run(byte** out) {
+    collect_segments();
+    find_cuts();
+    std::sort(cuts_.begin(), cuts_.end(), cut_order);
+    return write(out);
+  }
+
+ private:
+  void collect_segments() {
+    std::size_t total = 0;
+    for (const PointRun& r : runs_) total += r.size() > 1 ? r.size() - 1 : 0;
+    segments_.reserve(total);
+    for (uint32_t m = 0; m < runs_.size(); ++m) {
+      const PointRun& r = runs_[m];
+      const uint32_t n = r.size();
+      if (n < 2) continue;
+      _xgWKB_POINT prev = r.point(0);
+      for (uint32_t i = 0; i + 1 < n; ++i) {
+        const _xgWKB_POINT next = r.point(i + 1);
+        Segment s{m, i, prev, next, {}};
+        wkb_box_of_two_points(prev, next, &s.box);
+        segments_.push_back(s);
+        prev = next;
+      }
+    }
+    std::sort(segments_.begin(), segments_.end(),
+              [](const Segment& l, const Segment& r) { return l.box.minx < r.box.minx; });
+  }
+
+  void find_cuts() {
+    for (std::size_t i = 0; i < segments_.size(); ++i) {
+      const Segment& s = segments_[i];
+      for (std::size_t j = i + 1; j < segments_.size(); ++j) {
+        const Segment& o = segments_[j];
+        if (o.box.minx > s.box.maxx + t_) break;  // no later segment can reach s
+        if (o.member == s.member) continue;       // a member is not split where it meets itself
+        if (wkb_boxes_disjoint_tol(s.box, o.box, t_)) continue;
+        meet(s, o);
+      }
+    }
+  }
+
+  void meet(const Segment& s, const Segment& o) {
+    _xgWKB_POINT at{};
+    switch (segment_meet(s.a, s.b, o.a, o.b, t_, &at)) {
+      case 1:
+        cut(s, at);
+        cut(o, at);
+        return;
+      case 2:
+        // Running along each other: each is cut where the other one ends inside it.
+        cut_inside(s, o.a);
+        cut_inside(s, o.b);
+        cut_inside(o, s.a);
+        cut_inside(o, s.b);
+        return;
+      default:
+        return;
+    }
+  }
+
+  // Position of p along segment s, 0 at a and 1 at b.
+  static double param_of(const Segment& s, const _xgWKB_POINT& p) {
+    const double dx = s.b.x - s.a.x;
+    const double dy = s.b.y - s.a.y;
+    const double len2 = dx * dx + dy * dy;
+    if (len2 == 0) return 0;
+    return ((p.x - s.a.x) * dx + (p.y - s.a.y) * dy) / len2;
+  }
+
+  // A cut of s at p when p lies strictly between s's end points.
+  void cut_inside(const Segment& s, const _xgWKB_POINT& p) {
+    const double param = param_of(s, p);
+    if (param > 0 && param < 1) cut(s, p);
+  }
+
+  void cut(const Segment& s, const _xgWKB_POINT& at) {
+    const uint32_t last = runs_[s.member].size() - 1;
+    // A meeting at a vertex cuts there; a member's own end points cut nothing.
+    if (wkb_point_equal_tol(at, s.a, t_)) {
+      if (s.index > 0) cuts_.push_back({s.member, s.index, true, 0, s.a});
+      return;
+    }
+    if (wkb_point_equal_tol(at, s.b, t_)) {
+      if (s.index + 1 < last) cuts_.push_back({s.member, s.index + 1, true, 0, s.b});
+      return;
+    }
+    cuts_.push_back({s.member, s.index, false, param_of(s, at), at});
+  }
+
+  // Walks member m's pieces: begin(first point), point(p), end() for each piece.
+  template <class Sink>
+  void walk_member(uint32_t m, std::size_t& next_cut, Sink& sink) const {
+    const PointRun& r = runs_[m];
+    const uint32_t n = r.size();
+    if (n < 2) {
+      sink.begin();
+      for (uint32_t i = 0; i < n; ++i) sink.point(r.point(i));
+      sink.end();
+      return;
+    }
+    _xgWKB_POINT last_written = r.point(0);
+    sink.begin();
+    sink.point(last_written);
+    for (uint32_t i = 0; i + 1 < n; ++i) {
+      for (; next_cut < cuts_.size() && cuts_[next_cut].member == m && cuts_[next_cut].index == i;
+           ++next_cut) {
+        const Cut& c = cuts_[next_cut];
+        if (c.at_vertex) {
+          // At vertex i, already written as the last point of the current piece.
+          if (sink.count() < 2) continue;
+        } else {
+          if (wkb_point_equal_tol(c.at, last_written, t_)) continue;  // met twice at one place
+          sink.point(c.at);
+        }
+        sink.end();
+        sink.begin();
+        sink.point(c.at);
+        last_written = c.at;
+      }
+      last_written = r.point(i + 1);
+      sink.point(last_written);
+    }
+    sink.end();
+  }
+
+  // First pass: the point count of every piece.
+  struct Counter {
+    std::vector<uint32_t>& counts;
+    uint32_t current = 0;
+    void begin() { current = 0; }
+    void point(const _xgWKB_POINT&) { ++current; }
+    uint32_t count() const { return current; }
+    void end() { counts.push_back(current); }
+  };
+
+  // Second pass: the pieces as linestring blobs.
+  struct Writer {
+    BlobWriter& w;
+    const std::vector<uint32_t>& counts;
+    std::size_t piece = 0;
+    uint32_t current = 0;
+    void begin() {
+      current = 0;
+      w.header(XGWKB_TYPE_LINESTRING).u32(counts[piece]);
+    }
+    void point(const _xgWKB_POINT& p) {
+      ++current;
+      w.point(p);
+    }
+    uint32_t count() const { return current; }
+    void end() { ++piece; }
+  };
+
+  int32_t write(byte** out) {
+    std::vector<uint32_t> counts;
+    Counter counter{counts};
+    std::size_t next_cut = 0;
+    for (uint32_t m = 0; m < runs_.size(); ++m) walk_member(m, next_cut, counter);
+    std::size_t size = kCountedHeaderSize;
+    for (uint32_t c : counts) size += kHeaderSize + 4 + kCoordSize * c;
+    byte* blob = blob_alloc(size);
+    if (blob == nullptr) return XGWKB_E_FAILED;
+    BlobWriter w(blob);
+    w.header(XGWKB_TYPE_MULTILINESTRING).u32(static_cast<uint32_t>(counts.size()));
+    Writer writer{w, counts};
+    next_cut = 0;
+    for (uint32_t m = 0; m < runs_.size(); ++m) walk_member(m, next_cut, writer);
+    *out = blob;
+    return XGWKB_OK;
+  }
+
+  double t_;
+  std::vector<PointRun> runs_;
+  std::vector<Segment> segments_;
+  std::vector<Cut> cuts_;
+};
+
+}  // namespace
+
+int32_t node_multiline(const byte* multiline, double t, byte** out) {
+  return Noder(multiline, t).run(out);
+}
+
+}  // namespace xg
