@@ -18,7 +18,9 @@ inline bool in_range(int32_t index, uint32_t count) {
 inline uint32_t slot(int32_t index) { return static_cast<uint32_t>(index - 1); }
 
 // Member part (1-based, already found in range) of a multi-type.
-inline const byte* member_of(const byte* multi, int32_t part) { return member_at(multi, slot(part)); }
+inline const byte* member_of(const byte* multi, int32_t part) {
+  return member_at(multi, slot(part));
+}
 
 // Size of a blob of the given type; false when the type differs or the blob has no size
 // (a member of a foreign type).

@@ -44,12 +44,14 @@ int32_t add_part(const byte* shape, std::size_t size, const byte* part, byte** o
   Splice edit(shape, size);
   Span piece{};
   if (single_piece(shape, part, &piece)) {
-    if (type == XGWKB_TYPE_POLYGON && !inside_first_ring(piece.from, shape)) return XGWKB_E_INTEGRITY;
+    if (type == XGWKB_TYPE_POLYGON && !inside_first_ring(piece.from, shape))
+      return XGWKB_E_INTEGRITY;
     edit.append(piece).set_count(shape, count + 1);
   } else {
     // A multi-type of the shape's own kind gives all its members at once.
     std::size_t part_size = 0;
-    if (type == XGWKB_TYPE_POLYGON || !sized_as(part, type, &part_size)) return XGWKB_E_INVALID_SHAPE;
+    if (type == XGWKB_TYPE_POLYGON || !sized_as(part, type, &part_size))
+      return XGWKB_E_INVALID_SHAPE;
     edit.append(body_of(part, part_size)).set_count(shape, count + shape_count(part));
   }
   return edit.build(out);
@@ -81,7 +83,8 @@ int32_t replace_part(const byte* shape, std::size_t size, const byte* part, int3
   Span piece{};
   if (!single_piece(shape, part, &piece)) return XGWKB_E_INCOMPATIBLE;
   // Only an inner ring is tested; a new outer ring is taken as it is.
-  if (shape_type(shape) == XGWKB_TYPE_POLYGON && index != 1 && !inside_first_ring(piece.from, shape)) {
+  if (shape_type(shape) == XGWKB_TYPE_POLYGON && index != 1 &&
+      !inside_first_ring(piece.from, shape)) {
     return XGWKB_E_UNCHANGED;
   }
   if (!in_range(index, shape_count(shape))) return XGWKB_E_NO_PART;

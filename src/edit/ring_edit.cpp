@@ -104,7 +104,9 @@ int32_t delete_multipolygon_ring(const byte* shape, std::size_t size, const byte
 }
 
 // A caller point array of count points; null only allowed when empty.
-bool points_ok(const _xgWKB_POINT* points, int32_t count) { return points != nullptr || count == 0; }
+bool points_ok(const _xgWKB_POINT* points, int32_t count) {
+  return points != nullptr || count == 0;
+}
 
 }  // namespace
 }  // namespace xg
@@ -117,7 +119,8 @@ int32_t xgWKB_shape_add_island(const unsigned char* shape, const _xgWKB_POINT* p
   std::size_t size = 0;
   if (!sized_as(shape, XGWKB_TYPE_POLYGON, &size)) return XGWKB_E_INCOMPATIBLE;
   if (count < 0) return XGWKB_E_INVALID_ARGUMENT;
-  return guarded([&] { return add_island(shape, size, points, static_cast<uint32_t>(count), out); });
+  return guarded(
+      [&] { return add_island(shape, size, points, static_cast<uint32_t>(count), out); });
 }
 
 int32_t xgWKB_shape_delete_island(const unsigned char* shape, const _xgWKB_POINT* point,

@@ -47,7 +47,8 @@ std::size_t Splice::size() const {
 std::size_t Splice::result_offset(const byte* at) const {
   std::size_t offset = static_cast<std::size_t>(at - src_);
   for (int i = 0; i < num_edits_ && edits_[i].to <= at; ++i) {
-    offset = offset - static_cast<std::size_t>(edits_[i].to - edits_[i].from) + edits_[i].data.size();
+    offset =
+        offset - static_cast<std::size_t>(edits_[i].to - edits_[i].from) + edits_[i].data.size();
   }
   return offset;
 }

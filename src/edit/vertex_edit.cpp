@@ -26,7 +26,9 @@ struct Site {
 };
 
 Site line_site(const byte* line) { return Site{line_run(line).at, line}; }
-Site ring_site(const byte* polygon, int32_t ring) { return Site{ring_at(polygon, slot(ring)), nullptr}; }
+Site ring_site(const byte* polygon, int32_t ring) {
+  return Site{ring_at(polygon, slot(ring)), nullptr};
+}
 
 void patch_count(Splice& edit, const Site& site, uint32_t count) {
   if (site.line != nullptr) {
@@ -49,7 +51,8 @@ void splice_delete(Splice& edit, const Site& site, int32_t index) {
   const uint32_t n = site.count();
   const uint32_t i = slot(index);
   if (site.line == nullptr && (i == 0 || i == n - 1)) {
-    edit.erase(vertex_span(site.run, 0)).replace(vertex_span(site.run, n - 1), vertex_span(site.run, 1));
+    edit.erase(vertex_span(site.run, 0))
+        .replace(vertex_span(site.run, n - 1), vertex_span(site.run, 1));
   } else {
     edit.erase(vertex_span(site.run, i));
   }
@@ -80,7 +83,8 @@ int32_t build_add(const byte* shape, std::size_t size, const Site& site, int32_t
 }
 
 // Writes the result of a delete into a block handed out earlier (sized for one vertex fewer).
-void fill_delete(const byte* shape, std::size_t size, const Site& site, int32_t index, byte* block) {
+void fill_delete(const byte* shape, std::size_t size, const Site& site, int32_t index,
+                 byte* block) {
   Splice edit(shape, size);
   splice_delete(edit, site, index);
   edit.write(block);
@@ -242,9 +246,9 @@ int32_t xgWKB_shape_delete_multipolygon_point(const unsigned char* shape, int32_
   if (block == nullptr) return XGWKB_E_FAILED;
   if (!in_range(ring_index, shape_count(polygon))) return XGWKB_E_NO_PART;
   const Site site = ring_site(polygon, ring_index);
-  const int32_t refused = site.count() < kMinRingToDelete ? XGWKB_E_UNCHANGED
+  const int32_t refused = site.count() < kMinRingToDelete        ? XGWKB_E_UNCHANGED
                           : !in_range(point_index, site.count()) ? XGWKB_E_NO_PART
-                                                                   : XGWKB_OK;
+                                                                 : XGWKB_OK;
   if (refused != XGWKB_OK) {
     std::free(block);
     *out = nullptr;
