@@ -4,7 +4,7 @@
 #include "edit/splice.h"
 #include "relate/segment_tests.h"
 
-namespace xg {
+namespace xg::edit {
 
 bool part_as_run(const byte* part, const byte** run) {
   uint32_t size = 0;
@@ -20,4 +20,4 @@ bool inside_first_ring(const byte* run, const byte* polygon) {
   return ring_inside_ring(run, ring_at(polygon, 0), kFixedTolerance) == 1;
 }
 
-}  // namespace xg
+}  // namespace xg::edit

@@ -7,7 +7,7 @@
 
 #include "core/blob.h"
 
-namespace xg {
+namespace xg::edit {
 
 // 1-based index inside 1..count.
 inline bool in_range(int32_t index, uint32_t count) {
@@ -40,6 +40,6 @@ bool part_as_run(const byte* part, const byte** run);
 // polygon without rings holds nothing.
 bool inside_first_ring(const byte* run, const byte* polygon);
 
-}  // namespace xg
+}  // namespace xg::edit
 
 #endif  // XGGEO_EDIT_EDIT_CHECKS_H

@@ -8,6 +8,7 @@
 #include "edit/splice.h"
 
 using namespace xg;
+using namespace xg::edit;
 
 namespace xg {
 namespace {
@@ -18,18 +19,18 @@ uint32_t member_type(uint32_t multi_type) { return multi_type - 3; }
 bool takes_parts(uint32_t type) { return type == XGWKB_TYPE_POLYGON || is_multi_type(type); }
 
 // Part or ring index (0-based) of a polygon or multi-type.
-Span part_span(const byte* shape, uint32_t i) {
+ByteRange part_span(const byte* shape, uint32_t i) {
   return shape_type(shape) == XGWKB_TYPE_POLYGON ? ring_span(shape, i) : member_span(shape, i);
 }
 
 // The bytes a part contributes as one new ring or member: for a polygon the part's run read as
 // a linestring, for a multi-type the part blob itself when it has the member type.  False when
 // the part does not fit.
-bool single_piece(const byte* shape, const byte* part, Span* piece) {
+bool single_piece(const byte* shape, const byte* part, ByteRange* piece) {
   if (shape_type(shape) == XGWKB_TYPE_POLYGON) {
     const byte* run = nullptr;
     if (!part_as_run(part, &run)) return false;
-    *piece = Span{run, PointRun{run}.end()};
+    *piece = ByteRange{run, PointRun{run}.end()};
     return true;
   }
   std::size_t size = 0;
@@ -42,7 +43,7 @@ int32_t add_part(const byte* shape, std::size_t size, const byte* part, byte** o
   const uint32_t type = shape_type(shape);
   const uint32_t count = shape_count(shape);
   Splice edit(shape, size);
-  Span piece{};
+  ByteRange piece{};
   if (single_piece(shape, part, &piece)) {
     if (type == XGWKB_TYPE_POLYGON && !inside_first_ring(piece.from, shape))
       return XGWKB_E_INTEGRITY;
@@ -61,7 +62,7 @@ int32_t insert_part(const byte* shape, std::size_t size, const byte* part, int32
                     byte** out) {
   const uint32_t type = shape_type(shape);
   const uint32_t count = shape_count(shape);
-  Span piece{};
+  ByteRange piece{};
   if (!single_piece(shape, part, &piece)) return XGWKB_E_INCOMPATIBLE;
   if (type == XGWKB_TYPE_POLYGON && !inside_first_ring(piece.from, shape)) return XGWKB_E_INTEGRITY;
   Splice edit(shape, size);
@@ -80,7 +81,7 @@ int32_t insert_part(const byte* shape, std::size_t size, const byte* part, int32
 
 int32_t replace_part(const byte* shape, std::size_t size, const byte* part, int32_t index,
                      byte** out) {
-  Span piece{};
+  ByteRange piece{};
   if (!single_piece(shape, part, &piece)) return XGWKB_E_INCOMPATIBLE;
   // Only an inner ring is tested; a new outer ring is taken as it is.
   if (shape_type(shape) == XGWKB_TYPE_POLYGON && index != 1 &&

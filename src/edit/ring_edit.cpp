@@ -11,6 +11,7 @@
 #include "edit/splice.h"
 
 using namespace xg;
+using namespace xg::edit;
 
 namespace xg {
 namespace {
@@ -44,7 +45,7 @@ uint32_t island_at(const byte* polygon, const _xgWKB_POINT& p) {
 int32_t delete_island(const byte* shape, const _xgWKB_POINT& p, byte** out) {
   if (island_at(shape, p) == 0) return XGWKB_E_UNCHANGED;
   const uint32_t rings = shape_count(shape) - 1;
-  const Span outer = ring_span(shape, 0);
+  const ByteRange outer = ring_span(shape, 0);
   // Intended: every remaining ring position receives a copy of the outer ring; callers rely on
   // this long-standing result.  The block is sized for what is written.
   byte* result = blob_alloc(kCountedHeaderSize + outer.size() * rings);
@@ -81,7 +82,7 @@ int32_t add_multipolygon_ring(const byte* shape, std::size_t size, const byte* p
 int32_t replace_multipolygon_ring(const byte* shape, std::size_t size, const byte* polygon,
                                   int32_t ring_index, const std::vector<byte>& run, byte** out) {
   if (!in_range(ring_index, shape_count(polygon))) return XGWKB_E_NO_PART;
-  const Span old = ring_span(polygon, slot(ring_index));
+  const ByteRange old = ring_span(polygon, slot(ring_index));
   // Intended: the block is the caller's from here on, also when the test below fails.
   byte* block = hand_out_block(size + run.size() - old.size(), out);
   if (block == nullptr) return XGWKB_E_FAILED;

@@ -3,7 +3,7 @@
 
 #include <cassert>
 
-namespace xg {
+namespace xg::edit {
 
 std::vector<byte> make_run(const _xgWKB_POINT* points, uint32_t n) {
   std::vector<byte> run(run_bytes(n));
@@ -11,7 +11,7 @@ std::vector<byte> make_run(const _xgWKB_POINT* points, uint32_t n) {
   return run;
 }
 
-Splice& Splice::replace(Span old, Span data) {
+Splice& Splice::replace(ByteRange old, ByteRange data) {
   assert(num_edits_ < kMaxEdits);
   assert(num_edits_ == 0 || edits_[num_edits_ - 1].to <= old.from);
   edits_[num_edits_++] = Edit{old.from, old.to, data};
@@ -85,4 +85,4 @@ byte* hand_out_block(std::size_t size, byte** out) {
   return block;
 }
 
-}  // namespace xg
+}  // namespace xg::edit

@@ -15,42 +15,42 @@
 
 #include "core/blob.h"
 
-namespace xg {
+namespace xg::edit {
 
 // A byte range [from, to) of a blob or of a buffer of new bytes.
-struct Span {
+struct ByteRange {
   const byte* from;
   const byte* to;
   std::size_t size() const { return static_cast<std::size_t>(to - from); }
 };
 
-inline Span whole(const byte* blob, std::size_t size) { return Span{blob, blob + size}; }
-inline Span whole(const std::vector<byte>& bytes) {
-  return Span{bytes.data(), bytes.data() + bytes.size()};
+inline ByteRange whole(const byte* blob, std::size_t size) { return ByteRange{blob, blob + size}; }
+inline ByteRange whole(const std::vector<byte>& bytes) {
+  return ByteRange{bytes.data(), bytes.data() + bytes.size()};
 }
 
 // The members of a multi-type or the rings of a polygon: everything after the counted header.
-inline Span body_of(const byte* blob, std::size_t size) {
-  return Span{blob + kCountedHeaderSize, blob + size};
+inline ByteRange body_of(const byte* blob, std::size_t size) {
+  return ByteRange{blob + kCountedHeaderSize, blob + size};
 }
 
 // Member i (0-based) of a multi-type whose members the caller has vetted (the blob has a size).
-inline Span member_span(const byte* multi, uint32_t i) {
+inline ByteRange member_span(const byte* multi, uint32_t i) {
   const byte* m = member_at(multi, i);
-  return Span{m, m + member_size(m)};
+  return ByteRange{m, m + member_size(m)};
 }
 
 // Ring i (0-based) of a polygon blob.
-inline Span ring_span(const byte* polygon, uint32_t i) {
+inline ByteRange ring_span(const byte* polygon, uint32_t i) {
   const byte* r = ring_at(polygon, i);
-  return Span{r, r + wkb_ring_size(r)};
+  return ByteRange{r, r + wkb_ring_size(r)};
 }
 
 // The slot of vertex i (0-based) of a counted run; i == n is the end of the run.
 inline const byte* vertex_at(const byte* run, uint32_t i) { return run + 4 + kCoordSize * i; }
-inline Span vertex_span(const byte* run, uint32_t i) {
+inline ByteRange vertex_span(const byte* run, uint32_t i) {
   const byte* v = vertex_at(run, i);
-  return Span{v, v + kCoordSize};
+  return ByteRange{v, v + kCoordSize};
 }
 
 // Byte count of a counted run of n points, without the 32-bit wrap of wkb_ring_size.
@@ -69,10 +69,10 @@ class Splice {
   Splice(const byte* src, std::size_t size) : src_(src), size_(size) {}
 
   // The input bytes of old are replaced by the bytes of data (data must outlive write()).
-  Splice& replace(Span old, Span data);
-  Splice& insert(const byte* at, Span data) { return replace(Span{at, at}, data); }
-  Splice& erase(Span old) { return replace(old, Span{nullptr, nullptr}); }
-  Splice& append(Span data) { return insert(src_ + size_, data); }
+  Splice& replace(ByteRange old, ByteRange data);
+  Splice& insert(const byte* at, ByteRange data) { return replace(ByteRange{at, at}, data); }
+  Splice& erase(ByteRange old) { return replace(old, ByteRange{nullptr, nullptr}); }
+  Splice& append(ByteRange data) { return insert(src_ + size_, data); }
 
   // The count of the blob (or member blob) starting at blob is copied as count.
   Splice& set_count(const byte* blob, uint32_t count);
@@ -92,7 +92,7 @@ class Splice {
   struct Edit {
     const byte* from;
     const byte* to;
-    Span data;
+    ByteRange data;
   };
   struct Patch {
     const byte* at;  // position of the u32 count in the input
@@ -119,6 +119,6 @@ class Splice {
 // when the operation then fails).  Returns the block, or null when allocation fails.
 byte* hand_out_block(std::size_t size, byte** out);
 
-}  // namespace xg
+}  // namespace xg::edit
 
 #endif  // XGGEO_EDIT_SPLICE_H

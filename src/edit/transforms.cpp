@@ -10,6 +10,7 @@
 #include "edit/splice.h"
 
 using namespace xg;
+using namespace xg::edit;
 
 namespace xg {
 namespace {

@@ -9,6 +9,7 @@
 #include "edit/splice.h"
 
 using namespace xg;
+using namespace xg::edit;
 
 namespace xg {
 namespace {
@@ -40,7 +41,7 @@ void patch_count(Splice& edit, const Site& site, uint32_t count) {
 
 // The edit that puts point before vertex index of the site; vertex holds its 16 encoded bytes.
 void splice_add(Splice& edit, const Site& site, int32_t index, const byte (&vertex)[kCoordSize]) {
-  edit.insert(vertex_at(site.run, slot(index)), Span{vertex, vertex + kCoordSize});
+  edit.insert(vertex_at(site.run, slot(index)), ByteRange{vertex, vertex + kCoordSize});
   patch_count(edit, site, site.count() + 1);
 }
 
