@@ -382,13 +382,160 @@ XGGEO_API int32_t xgWKB_shape_get_centroid(const unsigned char *shape, _xgWKB_PO
 /* Affine transforms                                                                           */
 /* ------------------------------------------------------------------------------------------ */
 
+/* The transforms take points, linestrings, polygons and their multi-types; any other type, or a
+ * multi-type holding a member of a foreign type, gives -27 and nothing is changed or allocated. */
+
+/* Moves every vertex of shape in place by (dx, dy).  -65 null shape, -27 type not taken. */
+XGGEO_API int32_t xgWKB_shape_move(unsigned char *shape, double dx, double dy);
+
+/* Rotates every vertex of shape in place about (cx, cy) by angle radians; a positive angle turns
+ * clockwise.  -65 null shape, -27 type not taken. */
+XGGEO_API int32_t xgWKB_shape_rotate(unsigned char *shape, double angle, double cx, double cy);
+
+/* Scales every vertex of shape in place about base by fx and fy (any factors, 0 and negative
+ * ones included).  -65 null shape or base, -27 type not taken. */
+XGGEO_API int32_t xgWKB_shape_stretch(unsigned char *shape, const _xgWKB_POINT *base, double fx,
+                                      double fy);
+
+/* Mirror image of shape about the line p1-p2 as a new blob *out (free with xgWKB_shape_free).
+ * When |trunc(p1.y - p2.y)| < tol the line counts as horizontal and the image is taken about the
+ * vertical line through p1 instead.  Vertex order is kept; member headers carry byte-order
+ * byte 0.  -65 null pointer, -27 type not taken; on failure *out is not written. */
+XGGEO_API int32_t xgWKB_shape_mirror(const unsigned char *shape, const _xgWKB_POINT *p1,
+                                     const _xgWKB_POINT *p2, unsigned char **out, double tol);
+
 /* ------------------------------------------------------------------------------------------ */
 /* Part and ring editing                                                                       */
 /* ------------------------------------------------------------------------------------------ */
 
+/* Every operation here leaves its input alone and returns a new blob through *out, to be freed
+ * with xgWKB_shape_free; previous contents of *out are not freed.  Indices are 1-based.  A new
+ * ring must lie inside the polygon's first ring (tolerance 0.0001).  Null pointers give -65. */
+
+/* Appends part to shape.  Polygon: part is read as a linestring and becomes the last ring (-82
+ * when not inside the first ring).  Multipoint, multilinestring, multipolygon: part is a member
+ * (count + 1) or a multi-type of the same kind whose members are all appended.  -134 shape or
+ * part type not taken. */
+XGGEO_API int32_t xgWKB_shape_add_part(const unsigned char *shape, const unsigned char *part,
+                                       unsigned char **out);
+
+/* Inserts part before part or ring index (1..count).  Tested in order: -134 shape type not 3-6,
+ * -136 part not the member type (polygon: not readable as a linestring), -82 polygon ring not
+ * inside the first ring, -135 index out of range.  For a multipoint the result block is handed
+ * to *out before the index test, so on -135 *out holds a block the caller frees. */
+XGGEO_API int32_t xgWKB_shape_insert_part(const unsigned char *shape, const unsigned char *part,
+                                          int32_t index, unsigned char **out);
+
+/* Replaces part or ring index with part.  Tested in order: -27 shape type not 3-6, -136 part
+ * not the member type, -6 polygon ring (other than ring 1) not inside the first ring, -135 index
+ * out of range. */
+XGGEO_API int32_t xgWKB_shape_replace_part(const unsigned char *shape, const unsigned char *part,
+                                           int32_t index, unsigned char **out);
+
+/* Deletes part or ring index.  Multi-types: -135 index out of range; deleting the only member
+ * gives the nil shape.  Polygon: -6 for ring 1 or a one-ring polygon (tested first), -135 index
+ * out of range.  -134 other types. */
+XGGEO_API int32_t xgWKB_shape_delete_part(const unsigned char *shape, int32_t index,
+                                          unsigned char **out);
+
+/* Appends the ring points[0..count-1] (no closing point added) to a polygon.  -136 not a
+ * polygon, -66 count negative, -82 ring not inside the first ring. */
+XGGEO_API int32_t xgWKB_shape_add_island(const unsigned char *shape, const _xgWKB_POINT *points,
+                                         int32_t count, unsigned char **out);
+
+/* Deletes the first inner ring having a vertex within 0.0001 of point.  The result has one ring
+ * fewer, and every ring of it is a copy of the outer ring (long-standing behaviour).
+ * -136 not a polygon, -6 no inner ring at point. */
+XGGEO_API int32_t xgWKB_shape_delete_island(const unsigned char *shape, const _xgWKB_POINT *point,
+                                            unsigned char **out);
+
+/* Inserts the ring points[0..count-1] before ring ring_index of member part of a multipolygon.
+ * -134 not a multipolygon, -66 count negative, -135 part out of range; then the result block is
+ * handed to *out and -82 (ring not inside the member's first ring) or -135 (ring_index out of
+ * range) leave it there for the caller to free. */
+XGGEO_API int32_t xgWKB_shape_add_multipolygon_ring(const unsigned char *shape, int32_t part,
+                                                    int32_t ring_index,
+                                                    const _xgWKB_POINT *points, int32_t count,
+                                                    unsigned char **out);
+
+/* Deletes ring ring_index (2..rings: the outer ring stays) of member part of a multipolygon.
+ * -134 not a multipolygon, -135 part or ring out of range. */
+XGGEO_API int32_t xgWKB_shape_delete_multipolygon_ring(const unsigned char *shape, int32_t part,
+                                                       int32_t ring_index, unsigned char **out);
+
+/* Replaces ring ring_index of member part of a multipolygon by points[0..count-1].  -134 not a
+ * multipolygon, -66 count negative, -135 part or ring out of range; then the result block is
+ * handed to *out and -82 (ring not inside the member's first ring) leaves it there. */
+XGGEO_API int32_t xgWKB_shape_replace_multipolygon_ring(const unsigned char *shape, int32_t part,
+                                                        int32_t ring_index,
+                                                        const _xgWKB_POINT *points,
+                                                        int32_t count, unsigned char **out);
+
+/* Reserved entry points: they accept and ignore any arguments, do nothing and return 0. */
+XGGEO_API int32_t xgWKB_shape_change_path(void);
+XGGEO_API int32_t xgWKB_shape_delete_path(void);
+XGGEO_API int32_t xgWKB_shape_replace_path_with_arc(void);
+XGGEO_API int32_t xgWKB_shape_delete_point(void);
+XGGEO_API int32_t xgWKB_shape_move_point(void);
+XGGEO_API int32_t xgWKB_shape_extend_line(void);
+
 /* ------------------------------------------------------------------------------------------ */
 /* Vertex editing                                                                              */
 /* ------------------------------------------------------------------------------------------ */
+
+/* Vertex operations of linestrings, multilinestrings, polygons and multipolygons.  Indices are
+ * 1-based (part, ring, point).  add inserts before the point index (so appending after the last
+ * vertex is not possible) and returns a blob one vertex longer through *out; delete returns one
+ * vertex shorter; change writes into shape in place.  Results are freed with xgWKB_shape_free.
+ * Codes: -65 null pointer, -134 shape not of the named type, -135 an index out of range, -6 a
+ * delete that would leave a linestring below 2 vertices or a ring below 4.  Ring rules: delete
+ * and change of point 1 or of the last point keep the ring closed; add does not (adding at
+ * point 1 leaves the ring open). */
+
+XGGEO_API int32_t xgWKB_shape_add_lineString_point(const unsigned char *shape, int32_t point_index,
+                                                   const _xgWKB_POINT *point, unsigned char **out);
+XGGEO_API int32_t xgWKB_shape_delete_lineString_point(const unsigned char *shape,
+                                                      int32_t point_index, unsigned char **out);
+XGGEO_API int32_t xgWKB_shape_change_linestring_point(unsigned char *shape, int32_t point_index,
+                                                      const _xgWKB_POINT *point);
+
+/* Delete: once the part index is found in range the result block is handed to *out, and a -6
+ * or -135 that follows leaves it there for the caller to free. */
+XGGEO_API int32_t xgWKB_shape_add_MultiLineString_point(const unsigned char *shape, int32_t part,
+                                                        int32_t point_index,
+                                                        const _xgWKB_POINT *point,
+                                                        unsigned char **out);
+XGGEO_API int32_t xgWKB_shape_delete_MultiLineString_point(const unsigned char *shape,
+                                                           int32_t part, int32_t point_index,
+                                                           unsigned char **out);
+/* (Name spelt so on purpose.)  A point index that matches no vertex of the part changes nothing
+ * and returns 0. */
+XGGEO_API int32_t xgWKB_shape_chage_MultiLineString_point(unsigned char *shape, int32_t part,
+                                                          int32_t point_index,
+                                                          const _xgWKB_POINT *point);
+
+/* Delete: once the ring index is found in range the result block is handed to *out, and a -6
+ * or -135 that follows leaves it there for the caller to free. */
+XGGEO_API int32_t xgWKB_shape_add_polygon_point(const unsigned char *shape, int32_t ring_index,
+                                                int32_t point_index, const _xgWKB_POINT *point,
+                                                unsigned char **out);
+XGGEO_API int32_t xgWKB_shape_delete_polygon_point(const unsigned char *shape, int32_t ring_index,
+                                                   int32_t point_index, unsigned char **out);
+XGGEO_API int32_t xgWKB_shape_change_polygon_point(unsigned char *shape, int32_t ring_index,
+                                                   int32_t point_index, const _xgWKB_POINT *point);
+
+/* Delete: once the part index is found in range the result block is handed to *out; a -135 for
+ * the ring index leaves it there for the caller to free, while a -6 or a -135 for the point
+ * index frees it and sets *out to null. */
+XGGEO_API int32_t xgWKB_shape_add_multipolygon_point(const unsigned char *shape, int32_t part,
+                                                     int32_t ring_index, int32_t point_index,
+                                                     const _xgWKB_POINT *point, unsigned char **out);
+XGGEO_API int32_t xgWKB_shape_delete_multipolygon_point(const unsigned char *shape, int32_t part,
+                                                        int32_t ring_index, int32_t point_index,
+                                                        unsigned char **out);
+XGGEO_API int32_t xgWKB_shape_change_multipolygon_point(unsigned char *shape, int32_t part,
+                                                        int32_t ring_index, int32_t point_index,
+                                                        const _xgWKB_POINT *point);
 
 /* ------------------------------------------------------------------------------------------ */
 /* Relations between two shapes                                                                */

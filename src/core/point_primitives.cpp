@@ -5,6 +5,7 @@
 
 #include "core/angles.h"
 #include "core/blob.h"
+#include "core/rotation.h"
 
 using namespace xg;
 
@@ -35,12 +36,7 @@ void xgWKB_baseGeo_moveEx_point(const _xgWKB_POINT* p, const _xgWKB_POINT* origi
 
 void xgWKB_baseGeo_rotate_point(_xgWKB_POINT* p, double angle) {
   // A positive angle turns clockwise.
-  const double c = std::cos(angle);
-  const double s = std::sin(angle);
-  const double x = p->x;
-  const double y = p->y;
-  p->x = x * c + y * s;
-  p->y = y * c - x * s;
+  *p = rotate_cs(*p, std::cos(angle), std::sin(angle));
 }
 
 double xgWKB_baseGeo_point_calculate_angle(const _xgWKB_POINT* from, const _xgWKB_POINT* to) {

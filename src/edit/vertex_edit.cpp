@@ -1,0 +1,277 @@
+// vertex_edit.cpp - adding, deleting and changing single vertices of linestrings,
+// multilinestrings, polygons and multipolygons.
+//
+// Every operation first finds the counted run it works on (a linestring body or a ring) and then
+// runs one of three shared steps: insert a vertex, leave one out, or overwrite one.  Adding and
+// deleting build a new blob with a Splice; changing writes into the caller's blob.
+#include "core/blob.h"
+#include "edit/edit_checks.h"
+#include "edit/splice.h"
+
+using namespace xg;
+using namespace xg::edit;
+
+namespace xg {
+namespace {
+
+constexpr uint32_t kMinLineToDelete = 3;  // a linestring keeps at least 2 vertices
+constexpr uint32_t kMinRingToDelete = 5;  // a ring keeps at least 4, its closing vertex included
+
+// The run a vertex operation works on.  A linestring body belongs to a linestring blob whose
+// header is written afresh with the new count; a ring has only its own count patched.
+struct Site {
+  const byte* run;
+  const byte* line;  // the linestring blob holding the run, or null for a polygon ring
+
+  uint32_t count() const { return PointRun{run}.size(); }
+};
+
+Site line_site(const byte* line) { return Site{line_run(line).at, line}; }
+Site ring_site(const byte* polygon, int32_t ring) {
+  return Site{ring_at(polygon, slot(ring)), nullptr};
+}
+
+void patch_count(Splice& edit, const Site& site, uint32_t count) {
+  if (site.line != nullptr) {
+    edit.renew_header(site.line, count);
+  } else {
+    edit.set_run_count(site.run, count);
+  }
+}
+
+// The edit that puts point before vertex index of the site; vertex holds its 16 encoded bytes.
+void splice_add(Splice& edit, const Site& site, int32_t index, const byte (&vertex)[kCoordSize]) {
+  edit.insert(vertex_at(site.run, slot(index)), ByteRange{vertex, vertex + kCoordSize});
+  patch_count(edit, site, site.count() + 1);
+}
+
+// The edit that leaves out vertex index of the site.  For a ring, leaving out the first or the
+// closing vertex gives vertices 2..n-1 followed by vertex 2 again: the ring stays closed and
+// starts at the old second vertex.
+void splice_delete(Splice& edit, const Site& site, int32_t index) {
+  const uint32_t n = site.count();
+  const uint32_t i = slot(index);
+  if (site.line == nullptr && (i == 0 || i == n - 1)) {
+    edit.erase(vertex_span(site.run, 0))
+        .replace(vertex_span(site.run, n - 1), vertex_span(site.run, 1));
+  } else {
+    edit.erase(vertex_span(site.run, i));
+  }
+  patch_count(edit, site, n - 1);
+}
+
+// Overwrites vertex index of the site in place; on a ring the first and the closing vertex move
+// together so that the ring stays closed.
+void change_vertex(byte* shape, const Site& site, int32_t index, const _xgWKB_POINT& point) {
+  const uint32_t n = site.count();
+  const uint32_t i = slot(index);
+  if (site.line == nullptr && (i == 0 || i == n - 1)) {
+    store_point(writable(shape, vertex_at(site.run, 0)), point);
+    store_point(writable(shape, vertex_at(site.run, n - 1)), point);
+  } else {
+    store_point(writable(shape, vertex_at(site.run, i)), point);
+  }
+}
+
+// Builds the result of adding point before vertex index of the site (index tested by the caller).
+int32_t build_add(const byte* shape, std::size_t size, const Site& site, int32_t index,
+                  const _xgWKB_POINT& point, byte** out) {
+  byte vertex[kCoordSize];
+  store_point(vertex, point);
+  Splice edit(shape, size);
+  splice_add(edit, site, index, vertex);
+  return edit.build(out);
+}
+
+// Writes the result of a delete into a block handed out earlier (sized for one vertex fewer).
+void fill_delete(const byte* shape, std::size_t size, const Site& site, int32_t index,
+                 byte* block) {
+  Splice edit(shape, size);
+  splice_delete(edit, site, index);
+  edit.write(block);
+}
+
+}  // namespace
+}  // namespace xg
+
+extern "C" {
+
+// ---- linestring ----------------------------------------------------------------------------
+
+int32_t xgWKB_shape_add_lineString_point(const unsigned char* shape, int32_t point_index,
+                                         const _xgWKB_POINT* point, unsigned char** out) {
+  if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_LINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
+  const Site site = line_site(shape);
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  return build_add(shape, size, site, point_index, *point, out);
+}
+
+int32_t xgWKB_shape_delete_lineString_point(const unsigned char* shape, int32_t point_index,
+                                            unsigned char** out) {
+  if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_LINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
+  const Site site = line_site(shape);
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  if (site.count() < kMinLineToDelete) return XGWKB_E_UNCHANGED;
+  Splice edit(shape, size);
+  splice_delete(edit, site, point_index);
+  return edit.build(out);
+}
+
+int32_t xgWKB_shape_change_linestring_point(unsigned char* shape, int32_t point_index,
+                                            const _xgWKB_POINT* point) {
+  if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_LINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
+  const Site site = line_site(shape);
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  change_vertex(shape, site, point_index, *point);
+  return XGWKB_OK;
+}
+
+// ---- multilinestring -----------------------------------------------------------------------
+
+int32_t xgWKB_shape_add_MultiLineString_point(const unsigned char* shape, int32_t part,
+                                              int32_t point_index, const _xgWKB_POINT* point,
+                                              unsigned char** out) {
+  if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_MULTILINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
+  if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
+  const Site site = line_site(member_of(shape, part));
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  return build_add(shape, size, site, point_index, *point, out);
+}
+
+int32_t xgWKB_shape_delete_MultiLineString_point(const unsigned char* shape, int32_t part,
+                                                 int32_t point_index, unsigned char** out) {
+  if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_MULTILINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
+  if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
+  const Site site = line_site(member_of(shape, part));
+  // Intended: the block is the caller's from here on, also when a test below fails.
+  byte* block = hand_out_block(size - kCoordSize, out);
+  if (block == nullptr) return XGWKB_E_FAILED;
+  if (site.count() < kMinLineToDelete) return XGWKB_E_UNCHANGED;
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  fill_delete(shape, size, site, point_index, block);
+  return XGWKB_OK;
+}
+
+int32_t xgWKB_shape_chage_MultiLineString_point(unsigned char* shape, int32_t part,
+                                                int32_t point_index, const _xgWKB_POINT* point) {
+  if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_MULTILINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
+  if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
+  const Site site = line_site(member_of(shape, part));
+  // Intended: a point index that matches no vertex changes nothing and still succeeds.
+  if (in_range(point_index, site.count())) change_vertex(shape, site, point_index, *point);
+  return XGWKB_OK;
+}
+
+// ---- polygon -------------------------------------------------------------------------------
+
+int32_t xgWKB_shape_add_polygon_point(const unsigned char* shape, int32_t ring_index,
+                                      int32_t point_index, const _xgWKB_POINT* point,
+                                      unsigned char** out) {
+  if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_POLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
+  if (!in_range(ring_index, shape_count(shape))) return XGWKB_E_NO_PART;
+  const Site site = ring_site(shape, ring_index);
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  // Intended: the closing vertex is left as it is, so adding at point 1 opens the ring.
+  return build_add(shape, size, site, point_index, *point, out);
+}
+
+int32_t xgWKB_shape_delete_polygon_point(const unsigned char* shape, int32_t ring_index,
+                                         int32_t point_index, unsigned char** out) {
+  if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_POLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
+  if (!in_range(ring_index, shape_count(shape))) return XGWKB_E_NO_PART;
+  const Site site = ring_site(shape, ring_index);
+  // Intended: the block is the caller's from here on, also when a test below fails.
+  byte* block = hand_out_block(size - kCoordSize, out);
+  if (block == nullptr) return XGWKB_E_FAILED;
+  if (site.count() < kMinRingToDelete) return XGWKB_E_UNCHANGED;
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  fill_delete(shape, size, site, point_index, block);
+  return XGWKB_OK;
+}
+
+int32_t xgWKB_shape_change_polygon_point(unsigned char* shape, int32_t ring_index,
+                                         int32_t point_index, const _xgWKB_POINT* point) {
+  if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_POLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
+  if (!in_range(ring_index, shape_count(shape))) return XGWKB_E_NO_PART;
+  const Site site = ring_site(shape, ring_index);
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  change_vertex(shape, site, point_index, *point);
+  return XGWKB_OK;
+}
+
+// ---- multipolygon --------------------------------------------------------------------------
+
+int32_t xgWKB_shape_add_multipolygon_point(const unsigned char* shape, int32_t part,
+                                           int32_t ring_index, int32_t point_index,
+                                           const _xgWKB_POINT* point, unsigned char** out) {
+  if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_MULTIPOLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
+  if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
+  const byte* polygon = member_of(shape, part);
+  if (!in_range(ring_index, shape_count(polygon))) return XGWKB_E_NO_PART;
+  const Site site = ring_site(polygon, ring_index);
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  return build_add(shape, size, site, point_index, *point, out);
+}
+
+int32_t xgWKB_shape_delete_multipolygon_point(const unsigned char* shape, int32_t part,
+                                              int32_t ring_index, int32_t point_index,
+                                              unsigned char** out) {
+  if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_MULTIPOLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
+  if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
+  const byte* polygon = member_of(shape, part);
+  // Intended: the block is handed out before the ring index is tested; a bad ring index leaves
+  // it with the caller, while a ring too short (or a point index past it) takes it back.
+  byte* block = hand_out_block(size - kCoordSize, out);
+  if (block == nullptr) return XGWKB_E_FAILED;
+  if (!in_range(ring_index, shape_count(polygon))) return XGWKB_E_NO_PART;
+  const Site site = ring_site(polygon, ring_index);
+  const int32_t refused = site.count() < kMinRingToDelete        ? XGWKB_E_UNCHANGED
+                          : !in_range(point_index, site.count()) ? XGWKB_E_NO_PART
+                                                                 : XGWKB_OK;
+  if (refused != XGWKB_OK) {
+    std::free(block);
+    *out = nullptr;
+    return refused;
+  }
+  fill_delete(shape, size, site, point_index, block);
+  return XGWKB_OK;
+}
+
+int32_t xgWKB_shape_change_multipolygon_point(unsigned char* shape, int32_t part,
+                                              int32_t ring_index, int32_t point_index,
+                                              const _xgWKB_POINT* point) {
+  if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  if (!sized_as(shape, XGWKB_TYPE_MULTIPOLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
+  if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
+  const byte* polygon = member_of(shape, part);
+  if (!in_range(ring_index, shape_count(polygon))) return XGWKB_E_NO_PART;
+  const Site site = ring_site(polygon, ring_index);
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  change_vertex(shape, site, point_index, *point);
+  return XGWKB_OK;
+}
+
+}  // extern "C"

@@ -1,0 +1,33 @@
+#include "support/edit_result.h"
+
+#include <gtest/gtest.h>
+
+namespace xgtest {
+
+Bytes Out::bytes() const {
+  uint32_t size = 0;
+  EXPECT_EQ(xgWKB_shape_get_WKB_size(p, &size), 0);
+  return Bytes(p, p + size);
+}
+
+void check_edit(const EditCase& c) {
+  Out out;
+  ASSERT_EQ(c.call(&out.p), c.status);
+  if (c.status == 0) {
+    EXPECT_EQ(out.bytes(), c.expected);
+  } else if (c.hands_out_block) {
+    EXPECT_NE(out.p, nullptr);
+  } else {
+    EXPECT_EQ(out.p, nullptr);
+  }
+}
+
+std::string case_name(const std::string& name) {
+  std::string out = name;
+  for (char& ch : out) {
+    if (!std::isalnum(static_cast<unsigned char>(ch))) ch = '_';
+  }
+  return out;
+}
+
+}  // namespace xgtest

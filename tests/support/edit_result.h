@@ -1,0 +1,44 @@
+// edit_result.h - table rows for operations that hand a new blob back through an out-pointer.
+#ifndef XGGEO_TESTS_EDIT_RESULT_H
+#define XGGEO_TESTS_EDIT_RESULT_H
+
+#include <cctype>
+#include <functional>
+#include <string>
+
+#include "support/blob_builder.h"
+
+namespace xgtest {
+
+// Owns whatever an operation stored in its out-pointer; frees it like a caller must.
+struct Out {
+  unsigned char* p = nullptr;
+  Out() = default;
+  Out(const Out&) = delete;
+  ~Out() { xgWKB_shape_free(p); }
+  // The result's bytes, sized by xgWKB_shape_get_WKB_size (which must accept it).
+  Bytes bytes() const;
+};
+
+// A call of an operation, given the out-pointer to fill.
+using Call = std::function<int32_t(unsigned char**)>;
+
+// One call of an operation with the status and, on success, the blob it must give.
+struct EditCase {
+  std::string name;
+  Call call;
+  int32_t status;
+  Bytes expected;                // empty: the call fails
+  bool hands_out_block = false;  // on failure the out-pointer holds a block for the caller
+};
+
+// Runs the case: status, result bytes and sizes on success; on failure either nothing handed
+// out or a block that the caller frees (leaks and double frees show under the sanitizers).
+void check_edit(const EditCase& c);
+
+// A gtest parameter name from the case name.
+std::string case_name(const std::string& name);
+
+}  // namespace xgtest
+
+#endif  // XGGEO_TESTS_EDIT_RESULT_H
