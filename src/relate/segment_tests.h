@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "core/blob.h"
+#include "relate/point_runs.h"
 
 namespace xg {
 
@@ -64,6 +65,33 @@ int32_t multilines_cross(const byte* multiline_a, const byte* multiline_b, doubl
 
 // 1 when the two polygons have no point in common.
 int32_t polygons_disjoint(const byte* polygon_a, const byte* polygon_b, double t);
+
+// ---- array forms ----------------------------------------------------------------------------
+// The same tests on runs and polygons already unpacked into aligned points (point_runs.h), for
+// callers that test one shape many times.  The blob forms above unpack and call these.
+
+// segment_intersection without the allocation: the meeting point (result 1) goes to *at.
+int32_t segment_meet(const _xgWKB_POINT& a1, const _xgWKB_POINT& a2, const _xgWKB_POINT& b1,
+                     const _xgWKB_POINT& b2, double t, _xgWKB_POINT* at);
+
+// 1 when the run does not cross itself (line_is_simple without collecting).
+int32_t run_is_simple(const Span& run, double t);
+
+int32_t segment_leaves_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t);
+int32_t ring_inside_ring(const Span& ring_a, const Span& ring_b, double t);
+int32_t runs_disjoint(const Span& run_a, const Span& run_b, double t);
+int32_t segment_enters_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t);
+int32_t ring_overlaps_ring(const Span& ring_a, const Span& ring_b, double t);
+
+// 1 when segment (a, b) reaches the polygon's interior: it enters the outer ring and does not
+// stay inside (or on) one hole.
+int32_t segment_enters_polygon(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const PolySpans& polygon,
+                               double t);
+int32_t ring_reaches_polygon(const Span& ring, const PolySpans& polygon, double t);
+int32_t point_within_polygon(const _xgWKB_POINT& p, const PolySpans& polygon, double t);
+int32_t point_outside_polygon(const _xgWKB_POINT& p, const PolySpans& polygon, double t);
+int32_t polygons_overlap(const PolySpans& polygon_a, const PolySpans& polygon_b, double t);
+int32_t polygons_disjoint(const PolySpans& polygon_a, const PolySpans& polygon_b, double t);
 
 }  // namespace xg
 

@@ -1,0 +1,149 @@
+// point_runs.h - aligned views of the point runs of a shape, for the relation tests.
+//
+// Blob coordinates sit at odd offsets, so the relation code copies a shape's runs once into an
+// aligned buffer (ShapeRuns) and then works on Spans: a pointer, a count and the run's box.
+// This header also holds the two point locators every relation test needs, in the exact sense
+// of the point primitives but with a box test in front of the expensive per-edge relation:
+//   locate_on_run  - the answer of xgWKB_baseGeo_point_linestring_relation,
+//   ring_relation  - the answer of xgWKB_baseGeo_point_simplePolygon_relation.
+#ifndef XGGEO_RELATE_POINT_RUNS_H
+#define XGGEO_RELATE_POINT_RUNS_H
+
+#include <cstdint>
+#include <limits>
+
+#include "core/blob.h"
+#include "relate/small_vec.h"
+
+namespace xg {
+
+// ---- boxes -------------------------------------------------------------------------------
+
+// The box of nothing: disjoint from every box under wkb_boxes_disjoint_tol.
+inline _xgWKB_BOX empty_box() {
+  const double inf = std::numeric_limits<double>::infinity();
+  return _xgWKB_BOX{inf, inf, -inf, -inf};
+}
+
+inline void box_add(_xgWKB_BOX* box, const _xgWKB_POINT& p) {
+  if (p.x < box->minx) box->minx = p.x;
+  if (p.y < box->miny) box->miny = p.y;
+  if (p.x > box->maxx) box->maxx = p.x;
+  if (p.y > box->maxy) box->maxy = p.y;
+}
+
+inline bool boxes_meet(const _xgWKB_BOX& a, const _xgWKB_BOX& b, double t) {
+  return wkb_boxes_disjoint_tol(a, b, t) == 0;
+}
+
+// p lies outside the box grown by t on some side (strict comparisons).
+inline bool outside_box(const _xgWKB_POINT& p, const _xgWKB_BOX& box, double t) {
+  return p.x < box.minx - t || p.x > box.maxx + t || p.y < box.miny - t || p.y > box.maxy + t;
+}
+
+inline _xgWKB_BOX segment_box(const _xgWKB_POINT& a, const _xgWKB_POINT& b) {
+  _xgWKB_BOX box;
+  wkb_box_of_two_points(a, b, &box);
+  return box;
+}
+
+// ---- runs --------------------------------------------------------------------------------
+
+// n aligned points; segments are (p[i], p[i+1]).  box covers the points (empty_box() for n 0).
+struct Span {
+  const _xgWKB_POINT* p;
+  uint32_t n;
+  _xgWKB_BOX box;
+
+  uint32_t segments() const { return n > 1 ? n - 1 : 0; }
+};
+
+Span make_span(const _xgWKB_POINT* p, uint32_t n);
+
+// The rings of one polygon: rings[0] is the outer ring, the rest are holes.
+struct PolySpans {
+  const Span* rings;
+  uint32_t count;
+
+  // The polygon's extent is its outer ring's box (empty for a polygon without rings).
+  _xgWKB_BOX box() const { return count > 0 ? rings[0].box : empty_box(); }
+};
+
+using PointBuffer = SmallVec<_xgWKB_POINT, 64>;
+
+// The runs of a shape unpacked into aligned points.  Parts are the members of a multi-type (a
+// single shape is one part); a linestring part has one run, a polygon part one run per ring, a
+// point part one run of one point.
+class ShapeRuns {
+ public:
+  struct Part {
+    uint32_t first_run;
+    uint32_t runs;
+  };
+
+  // Unpacks a shape of type 1-6.  With close_rings, a ring whose last point differs from its
+  // first gets the first point appended, so that its edges enclose it.  Returns false for any
+  // other type or a multi-type member of a foreign type.
+  bool load(const byte* shape, bool close_rings);
+
+  uint32_t type() const { return type_; }
+  uint32_t part_count() const { return static_cast<uint32_t>(parts_.size()); }
+  uint32_t run_count() const { return static_cast<uint32_t>(spans_.size()); }
+  const Span& run(uint32_t i) const { return spans_[i]; }
+  const Part& part(uint32_t i) const { return parts_[i]; }
+  PolySpans polygon(uint32_t part) const {
+    return PolySpans{&spans_[parts_[part].first_run], parts_[part].runs};
+  }
+  // The index of run i's first point in the shared buffer (segment keys of the relation engine).
+  uint32_t run_offset(uint32_t i) const { return offsets_[i]; }
+  const _xgWKB_POINT* points() const { return pts_.data(); }
+  _xgWKB_BOX box() const { return box_; }
+
+ private:
+  uint32_t type_ = 0;
+  PointBuffer pts_;
+  SmallVec<Span, 8> spans_;
+  SmallVec<uint32_t, 8> offsets_;
+  SmallVec<Part, 4> parts_;
+  _xgWKB_BOX box_ = empty_box();
+};
+
+// A counted run of a blob copied into buf; the span points into buf.
+Span load_run(const byte* run, PointBuffer& buf);
+
+// ---- point locators ----------------------------------------------------------------------
+
+// False only when xgWKB_baseGeo_point_line_relation(p, a, b, t) is certainly not positive, so
+// the exact relation need not be computed.  The relation matches the ends within the fixed
+// 0.0001 and measures in a frame whose angle carries single-precision constants (an error of
+// some 2e-7 radians), so the box of the segment is grown by t, 0.0001 and 1e-6 of its size.
+inline bool may_touch_segment(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
+                              double t) {
+  const double tt = t > 0 ? t : 0;
+  const double dx = b.x > a.x ? b.x - a.x : a.x - b.x;
+  const double dy = b.y > a.y ? b.y - a.y : a.y - b.y;
+  const double g = 1.5 * tt + kFixedTolerance + 1e-6 * (dx + dy);
+  const double minx = a.x < b.x ? a.x : b.x;
+  const double maxx = a.x < b.x ? b.x : a.x;
+  const double miny = a.y < b.y ? a.y : b.y;
+  const double maxy = a.y < b.y ? b.y : a.y;
+  return !(p.x < minx - g || p.x > maxx + g || p.y < miny - g || p.y > maxy + g);
+}
+
+// The point-on-segment relation of the point primitives (1 on, 2 at a, 3 at b, 0 off, -1 / -2
+// beyond the ends), with the box test in front.  A point failing the box test answers 0.
+int32_t segment_relation(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
+                         double t);
+
+// Locates p on a run: -1 at vertex 1, -k at vertex k, +i inside segment i (vertices tested
+// before the segment that ends there), 0 off the run.  Same answer as the point primitive
+// xgWKB_baseGeo_point_linestring_relation.
+int32_t locate_on_run(const _xgWKB_POINT& p, const Span& run, double t);
+
+// Point against a ring: 0 outside, 1 inside, 2 on the boundary.  Same answer as the point
+// primitive xgWKB_baseGeo_point_simplePolygon_relation (edges of the stored points only).
+int32_t ring_relation(const _xgWKB_POINT& p, const Span& ring, double t);
+
+}  // namespace xg
+
+#endif  // XGGEO_RELATE_POINT_RUNS_H

@@ -1,0 +1,204 @@
+// ring_tests.cpp - a segment or a ring against a ring: leaving, entering, inside, overlapping,
+// and the one-point touch of two closed lines.
+//
+// End points are located with the point-in-ring relation of the point primitives (0 outside,
+// 1 inside, 2 on the boundary).  Between its end points a segment is judged by
+//   crossing  - the ring's boundary passes from one side of the segment to the other inside it,
+//               through the interior of an edge or through a chain of vertices on the segment;
+//   stretches - the pieces of the segment between the ring vertices lying on it, each located
+//               by its midpoint (a segment running along edges and over a notch shows it there).
+#include <algorithm>
+
+#include "relate/planar.h"
+#include "relate/segment_tests.h"
+
+namespace xg {
+namespace {
+
+// Where q lies against the line of segment (a, b): +1 left, -1 right (farther than t), 0 on it.
+int side_of(const _xgWKB_POINT& q, const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t) {
+  const double d = side_distance(q, a, b);
+  return d > t ? 1 : (d < -t ? -1 : 0);
+}
+
+// q lies on segment (a, b) within t and farther than t from both of its ends.
+bool inside_segment(const _xgWKB_POINT& q, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
+                    double len, double t) {
+  if (!near_segment(q, a, b, t)) return false;
+  const double along = dot3(a, b, q) / len;
+  return along > t && along < len - t;
+}
+
+// The ring's boundary crosses segment (a, b) strictly between its end points.
+bool segment_crosses_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t) {
+  const double len = std::sqrt(dist2(a, b));
+  if (len <= 2 * t || ring.n < 2) return false;
+  // A closed ring is walked cyclically over its distinct vertices; an open run from end to end.
+  const bool closed = ring.n > 2 && ring.p[0].x == ring.p[ring.n - 1].x &&
+                      ring.p[0].y == ring.p[ring.n - 1].y;
+  const uint32_t m = closed ? ring.n - 1 : ring.n;
+  uint32_t start = 0;
+  if (closed) {
+    while (start < m && side_of(ring.p[start], a, b, t) == 0) ++start;
+    if (start == m) return false;  // the whole ring lies on the segment's line
+  }
+  int last_side = 0;          // side of the last vertex off the line
+  uint32_t last_index = 0;    // and its index
+  bool chain = false;         // vertices on the line since then
+  bool chain_inside = true;   // all of them strictly inside the segment
+  const uint32_t steps = closed ? m + 1 : m;
+  for (uint32_t k = 0; k < steps; ++k) {
+    const uint32_t i = closed ? (start + k) % m : k;
+    const _xgWKB_POINT& v = ring.p[i];
+    const int side = side_of(v, a, b, t);
+    if (side == 0) {
+      chain = true;
+      chain_inside = chain_inside && inside_segment(v, a, b, len, t);
+      continue;
+    }
+    if (last_side == -side) {
+      if (chain) {
+        if (chain_inside) return true;  // the boundary passes through the segment at a vertex
+      } else {
+        // An edge from one side to the other: it crosses the segment when a and b lie on
+        // either side of the edge's line.
+        const _xgWKB_POINT& u = ring.p[last_index];
+        const int sa = side_of(a, u, v, t);
+        const int sb = side_of(b, u, v, t);
+        if (sa != 0 && sa == -sb) return true;
+      }
+    }
+    last_side = side;
+    last_index = i;
+    chain = false;
+    chain_inside = true;
+  }
+  return false;
+}
+
+// Some edge of the ring holds both a and b (point-on-segment within t, ends included).
+bool edge_holds_both(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t) {
+  for (uint32_t i = 1; i < ring.n; ++i) {
+    if (segment_relation(a, ring.p[i - 1], ring.p[i], t) > 0 &&
+        segment_relation(b, ring.p[i - 1], ring.p[i], t) > 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Locates the midpoints of the stretches of (a, b) between the ring vertices lying on it and
+// returns true as soon as one has the relation wanted (0 outside, 1 inside).  Stretches no
+// longer than t form no point.
+bool some_stretch_is(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t,
+                     int32_t wanted) {
+  const double len = std::sqrt(dist2(a, b));
+  if (len <= t) return false;
+  SmallVec<double, 16> cuts;
+  cuts.push_back(0);
+  cuts.push_back(1);
+  for (uint32_t i = 0; i < ring.n; ++i) {
+    if (near_segment(ring.p[i], a, b, t)) cuts.push_back(project(ring.p[i], a, b));
+  }
+  std::sort(cuts.begin(), cuts.end());
+  for (std::size_t k = 1; k < cuts.size(); ++k) {
+    if ((cuts[k] - cuts[k - 1]) * len <= t) continue;
+    const _xgWKB_POINT mid = lerp(a, b, 0.5 * (cuts[k - 1] + cuts[k]));
+    if (ring_relation(mid, ring, t) == wanted) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+int32_t segment_leaves_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t) {
+  if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) return 1;
+  const int32_t ra = ring_relation(a, ring, t);
+  const int32_t rb = ring_relation(b, ring, t);
+  if (ra == 0 || rb == 0 || segment_crosses_ring(a, b, ring, t)) return 1;
+  if (ra == 1 || rb == 1) return 0;
+  if (edge_holds_both(a, b, ring, t)) return 0;
+  return some_stretch_is(a, b, ring, t, 0) ? 1 : 0;
+}
+
+int32_t segment_enters_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t) {
+  if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) return 0;
+  const int32_t ra = ring_relation(a, ring, t);
+  if (ra == 1) return 1;
+  const int32_t rb = ring_relation(b, ring, t);
+  if (rb == 1 || segment_crosses_ring(a, b, ring, t)) return 1;
+  if (ra == 0 || rb == 0) return 0;
+  if (edge_holds_both(a, b, ring, t)) return 0;
+  return some_stretch_is(a, b, ring, t, 1) ? 1 : 0;
+}
+
+int32_t ring_inside_ring(const Span& ring_a, const Span& ring_b, double t) {
+  for (uint32_t i = 0; i + 1 < ring_a.n; ++i) {
+    if (segment_leaves_ring(ring_a.p[i], ring_a.p[i + 1], ring_b, t)) return 0;
+  }
+  return 1;
+}
+
+int32_t ring_overlaps_ring(const Span& ring_a, const Span& ring_b, double t) {
+  if (ring_a.n == 0 || wkb_boxes_disjoint_tol(ring_a.box, ring_b.box, t)) return 0;
+  if (ring_a.n == 1) return ring_relation(ring_a.p[0], ring_b, t) == 1 ? 1 : 0;
+  for (uint32_t i = 0; i + 1 < ring_a.n; ++i) {
+    if (segment_enters_ring(ring_a.p[i], ring_a.p[i + 1], ring_b, t)) return 1;
+  }
+  return 0;
+}
+
+// ---- blob forms --------------------------------------------------------------------------
+
+int32_t segment_leaves_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const byte* ring, double t) {
+  PointBuffer buf;
+  return segment_leaves_ring(a, b, load_run(ring, buf), t);
+}
+
+int32_t segment_enters_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const byte* ring, double t) {
+  PointBuffer buf;
+  return segment_enters_ring(a, b, load_run(ring, buf), t);
+}
+
+int32_t ring_inside_ring(const byte* ring_a, const byte* ring_b, double t) {
+  PointBuffer buf_a;
+  PointBuffer buf_b;
+  return ring_inside_ring(load_run(ring_a, buf_a), load_run(ring_b, buf_b), t);
+}
+
+int32_t ring_overlaps_ring(const byte* ring_a, const byte* ring_b, double t) {
+  PointBuffer buf_a;
+  PointBuffer buf_b;
+  return ring_overlaps_ring(load_run(ring_a, buf_a), load_run(ring_b, buf_b), t);
+}
+
+int32_t lines_touch(const byte* line_a, const byte* line_b, double t) {
+  if (!wkb_line_is_closed_tol(line_a, t) || !wkb_line_is_closed_tol(line_b, t)) return 0;
+  PointBuffer buf_a;
+  PointBuffer buf_b;
+  const Span a = load_run(line_a + kHeaderSize, buf_a);
+  const Span b = load_run(line_b + kHeaderSize, buf_b);
+  // Step 1: vertices of a (closing point left out) lying on b; at most one may.
+  bool found = false;
+  _xgWKB_POINT contact{};
+  for (uint32_t i = 0; i + 1 < a.n; ++i) {
+    if (locate_on_run(a.p[i], b, t) == 0) continue;
+    if (found) return 0;
+    found = true;
+    contact = a.p[i];
+  }
+  // Step 2: vertices of b lying on a must all be that same contact; with none found in step 1,
+  // at most one may.
+  for (uint32_t i = 0; i + 1 < b.n; ++i) {
+    if (locate_on_run(b.p[i], a, t) == 0) continue;
+    if (found) {
+      if (!wkb_point_equal_tol(b.p[i], contact, t)) return 0;
+    } else {
+      found = true;
+      contact = b.p[i];
+    }
+  }
+  return found ? 1 : 0;
+}
+
+}  // namespace xg

@@ -1,0 +1,64 @@
+// small_vec.h - a vector of trivially copyable values that lives on the stack until it outgrows
+// its inline capacity.
+//
+// The relation code unpacks coordinates and collects contact parameters on every call; most
+// shapes are small, so keeping the first N values inline spares the heap on the common path.
+// Past N the values move to a std::vector (which may throw std::bad_alloc: exports run their
+// bodies inside xg::guarded_value).
+#ifndef XGGEO_RELATE_SMALL_VEC_H
+#define XGGEO_RELATE_SMALL_VEC_H
+
+#include <cstddef>
+#include <type_traits>
+#include <vector>
+
+namespace xg {
+
+template <class T, std::size_t N>
+class SmallVec {
+  static_assert(std::is_trivially_copyable<T>::value, "SmallVec holds plain values only");
+
+ public:
+  SmallVec() = default;
+  SmallVec(const SmallVec&) = delete;
+  SmallVec& operator=(const SmallVec&) = delete;
+
+  std::size_t size() const { return size_; }
+  bool empty() const { return size_ == 0; }
+  T* data() { return heap_.empty() ? inline_ : heap_.data(); }
+  const T* data() const { return heap_.empty() ? inline_ : heap_.data(); }
+  T& operator[](std::size_t i) { return data()[i]; }
+  const T& operator[](std::size_t i) const { return data()[i]; }
+  T* begin() { return data(); }
+  T* end() { return data() + size_; }
+  const T* begin() const { return data(); }
+  const T* end() const { return data() + size_; }
+  T& back() { return data()[size_ - 1]; }
+
+  // Makes room for n values; pointers into the vector stay valid while size() <= n.
+  void reserve(std::size_t n) {
+    if (n <= capacity()) return;
+    std::vector<T> grown(n);
+    const T* from = data();
+    for (std::size_t i = 0; i < size_; ++i) grown[i] = from[i];
+    heap_.swap(grown);
+  }
+
+  void push_back(T v) {  // by value: v may be one of our own elements
+    if (size_ == capacity()) reserve(2 * size_);
+    data()[size_++] = v;
+  }
+
+  void clear() { size_ = 0; }
+
+ private:
+  std::size_t capacity() const { return heap_.empty() ? N : heap_.size(); }
+
+  T inline_[N];
+  std::vector<T> heap_;
+  std::size_t size_ = 0;
+};
+
+}  // namespace xg
+
+#endif  // XGGEO_RELATE_SMALL_VEC_H
