@@ -1,0 +1,229 @@
+// validate.cpp - judging whether a blob is a well-formed geometry of its type.
+//
+// Lines must not double back on themselves, rings must be closed and simple, holes must lie inside
+// their shell without overlapping each other, touching rings must not cut the interior apart, and
+// the members of a multipolygon must not overlap.  The first rule broken names the status.  Every
+// geometric test uses the fixed tolerance.
+#include <vector>
+
+#include "core/blob.h"
+#include "core/boundary.h"
+#include "relate/segment_tests.h"
+
+using namespace xg;
+
+namespace {
+
+constexpr double kTol = kFixedTolerance;
+
+// Outcome of one check: valid, or the status code it names.  `combine` marks the codes that are
+// ORed into the caller's status word instead of being assigned.
+struct Verdict {
+  int32_t code;
+  bool combine;
+  bool ok() const { return code == XGWKB_OK; }
+};
+
+constexpr Verdict kValid{XGWKB_OK, false};
+Verdict fail(int32_t code) { return {code, false}; }
+Verdict fail_or(int32_t code) { return {code, true}; }
+
+// A polygon ring copied into linestring framing, for the tests that take whole lines.
+class RingLine {
+ public:
+  explicit RingLine(PointRun ring) : bytes_(kHeaderSize + ring.bytes()) {
+    BlobWriter(bytes_.data()).header(XGWKB_TYPE_LINESTRING).bytes(ring.at, ring.bytes());
+  }
+  const byte* data() const { return bytes_.data(); }
+
+ private:
+  std::vector<byte> bytes_;
+};
+
+// A line must not run back over itself: only consecutive segments are compared.  (General
+// self-crossing of an open line is accepted; rings are tested for it separately.)
+Verdict check_segment_run(PointRun run) {
+  const uint32_t n = run.size();
+  if (n < 2) return fail(XGWKB_E_TOO_FEW_POINTS);
+  for (uint32_t i = 0; i + 2 < n; ++i) {
+    if (segment_intersection(run.point(i), run.point(i + 1), run.point(i + 1), run.point(i + 2), nullptr,
+                             kTol) == 2)
+      return fail(XGWKB_E_OVERLAPPING_POLYGONS);
+  }
+  return kValid;
+}
+
+Verdict check_line(const byte* line) {
+  const PointRun run = line_run(line);
+  if (wkb_line_is_closed_tol(line, kTol) && run.size() < 4) return fail(XGWKB_E_TOO_FEW_POINTS);
+  return check_segment_run(run);
+}
+
+Verdict check_ring(PointRun ring) {
+  const RingLine line(ring);
+  if (!wkb_line_is_closed_tol(line.data(), kTol)) return fail(XGWKB_E_NOT_CLOSED);
+  if (!line_is_simple(line.data(), kTol, nullptr)) return fail(XGWKB_E_SELF_INTERSECTION);
+  return check_segment_run(ring);
+}
+
+// Rings that touch each other, one node per ring.  A cycle of touching rings encloses a piece of
+// the interior and cuts it off from the rest.
+class TouchGraph {
+ public:
+  explicit TouchGraph(std::size_t rings) : neighbours_(rings) {}
+
+  void link(std::size_t a, std::size_t b) {
+    neighbours_[a].push_back(b);
+    neighbours_[b].push_back(a);
+  }
+
+  bool has_cycle() const {
+    std::vector<int> state(neighbours_.size(), 0);  // 0 unseen, 1 on the current path, -1 done
+    for (std::size_t start = 0; start < neighbours_.size(); ++start) {
+      if (state[start] == 0 && cycle_from(start, neighbours_.size(), state)) return true;
+    }
+    return false;
+  }
+
+ private:
+  // Depth-first walk; reaching a node on the current path other than the one just left is a cycle.
+  bool cycle_from(std::size_t node, std::size_t parent, std::vector<int>& state) const {
+    state[node] = 1;
+    for (std::size_t next : neighbours_[node]) {
+      if (next == parent) continue;
+      if (state[next] == 1) return true;
+      if (state[next] == 0 && cycle_from(next, node, state)) return true;
+    }
+    state[node] = -1;
+    return false;
+  }
+
+  std::vector<std::vector<std::size_t>> neighbours_;
+};
+
+Verdict check_polygon(const byte* polygon) {
+  const uint32_t count = shape_count(polygon);
+  if (count < 1) return fail_or(XGWKB_E_INTEGRITY);
+
+  std::vector<PointRun> rings;
+  rings.reserve(count);
+  Verdict verdict = kValid;
+  for_each_ring(polygon, [&](PointRun ring, uint32_t) {
+    rings.push_back(ring);
+    if (verdict.ok()) verdict = check_ring(ring);
+  });
+  if (!verdict.ok()) return verdict;
+
+  std::vector<RingLine> lines;
+  lines.reserve(count);
+  for (PointRun ring : rings) lines.emplace_back(ring);
+
+  TouchGraph graph(count);
+  const byte* outer = rings[0].at;
+  for (uint32_t k = 1; k < count; ++k) {
+    if (!ring_inside_ring(rings[k].at, outer, kTol)) return fail(XGWKB_E_HOLE_OUTSIDE);
+    if (runs_disjoint(rings[k].at, outer, kTol)) continue;
+    if (!lines_touch(lines[k].data(), lines[0].data(), kTol)) return fail_or(XGWKB_E_INTEGRITY);
+    graph.link(0, k);
+  }
+  for (uint32_t j = 1; j < count; ++j) {
+    for (uint32_t k = j + 1; k < count; ++k) {
+      if (ring_overlaps_ring(rings[j].at, rings[k].at, kTol) || ring_overlaps_ring(rings[k].at, rings[j].at, kTol))
+        return fail(XGWKB_E_RINGS_OVERLAP);
+      if (lines_touch(lines[j].data(), lines[k].data(), kTol)) graph.link(j, k);
+    }
+  }
+  if (graph.has_cycle()) return fail(XGWKB_E_INTEGRITY);
+  return kValid;
+}
+
+// The rings of a polygon as one multilinestring blob, for the line-crossing test.
+std::vector<byte> rings_as_multiline(const byte* polygon) {
+  uint32_t size = kCountedHeaderSize;
+  for_each_ring(polygon, [&](PointRun ring, uint32_t) { size += kHeaderSize + ring.bytes(); });
+  std::vector<byte> out(size);
+  BlobWriter w(out.data());
+  w.header(XGWKB_TYPE_MULTILINESTRING).u32(shape_count(polygon));
+  for_each_ring(polygon, [&](PointRun ring, uint32_t) {
+    w.header(XGWKB_TYPE_LINESTRING).bytes(ring.at, ring.bytes());
+  });
+  return out;
+}
+
+Verdict check_multipolygon(const byte* multi) {
+  const uint32_t count = shape_count(multi);
+  if (count < 1) return fail_or(XGWKB_E_INTEGRITY);
+  std::vector<const byte*> polygons;
+  polygons.reserve(count);
+  Verdict verdict = kValid;
+  for_each_member(multi, [&](const byte* polygon, uint32_t) {
+    polygons.push_back(polygon);
+    if (verdict.ok()) verdict = check_polygon(polygon);
+  });
+  if (!verdict.ok()) return verdict;
+
+  std::vector<std::vector<byte>> lines;
+  lines.reserve(count);
+  for (const byte* polygon : polygons) lines.push_back(rings_as_multiline(polygon));
+  for (uint32_t i = 0; i < count; ++i) {
+    for (uint32_t j = i + 1; j < count; ++j) {
+      if (polygons_overlap(polygons[i], polygons[j], kTol)) return fail_or(XGWKB_E_RINGS_OVERLAP);
+      if (multilines_cross(lines[i].data(), lines[j].data(), kTol))
+        return fail_or(XGWKB_E_OVERLAPPING_POLYGONS);
+    }
+  }
+  return kValid;
+}
+
+Verdict check_multiline(const byte* multi) {
+  if (shape_count(multi) < 1) return fail(XGWKB_E_INTEGRITY);
+  Verdict verdict = kValid;
+  for_each_member(multi, [&](const byte* line, uint32_t) {
+    if (verdict.ok()) verdict = check_line(line);
+  });
+  return verdict;
+}
+
+}  // namespace
+
+extern "C" uint32_t xgWKB_shape_check_WKBdata(const unsigned char* shape, int32_t* status) {
+  // Intended: some codes are ORed into the caller's status word rather than assigned, so callers
+  // preset it to 0.
+  if (shape == nullptr) {
+    *status |= XGWKB_E_NULL_POINTER;
+    return 0;
+  }
+  Verdict verdict = kValid;
+  const int32_t failed = guarded([&]() -> int32_t {
+    switch (shape_type(shape)) {
+      case XGWKB_TYPE_POINT:
+      case XGWKB_TYPE_MULTIPOINT:
+        verdict = kValid;
+        return 1;
+      case XGWKB_TYPE_LINESTRING:
+        verdict = check_line(shape);
+        return 1;
+      case XGWKB_TYPE_POLYGON:
+        verdict = check_polygon(shape);
+        return 1;
+      case XGWKB_TYPE_MULTILINESTRING:
+        verdict = check_multiline(shape);
+        return 1;
+      case XGWKB_TYPE_MULTIPOLYGON:
+        verdict = check_multipolygon(shape);
+        return 1;
+      default:
+        return 0;  // not a geometry: no verdict, status untouched
+    }
+  });
+  if (failed != 1) {
+    if (failed == XGWKB_E_FAILED) *status = XGWKB_E_FAILED;  // ran out of memory
+    return 0;
+  }
+  if (verdict.combine) {
+    *status |= verdict.code;
+  } else {
+    *status = verdict.code;
+  }
+  return verdict.ok() ? 1 : 0;
+}

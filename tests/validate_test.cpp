@@ -1,0 +1,163 @@
+// Validation: each rejection on a minimal offending shape, valid shapes of every type, and
+// agreement with GEOS's isValid on random polygons.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "support/blob_builder.h"
+#include "support/geos_oracle.h"
+
+using namespace xgtest;
+
+namespace {
+
+struct Outcome {
+  uint32_t valid;
+  int32_t status;
+};
+
+Outcome check(const Bytes& blob, int32_t preset = 0) {
+  Misaligned m(blob);
+  Outcome o{0, preset};
+  o.valid = xgWKB_shape_check_WKBdata(m.data(), &o.status);
+  return o;
+}
+
+Ring triangle(_xgWKB_POINT a, _xgWKB_POINT b, _xgWKB_POINT c) { return {a, b, c, a}; }
+
+}  // namespace
+
+TEST(Validation, RejectsEachRuleOnAMinimalShape) {
+  const Ring shell = square(0, 0, 10);
+  const struct {
+    const char* what;
+    Bytes blob;
+    int32_t status;
+  } cases[] = {
+      {"closed line of three points", linestring({{0, 0}, {1, 0}, {0, 0}}), XGWKB_E_TOO_FEW_POINTS},
+      {"one-point line", linestring({{0, 0}}), XGWKB_E_TOO_FEW_POINTS},
+      {"line doubling back", linestring({{0, 0}, {10, 0}, {5, 0}}), XGWKB_E_OVERLAPPING_POLYGONS},
+      {"unclosed ring", polygon({{{0, 0}, {10, 0}, {10, 10}, {0, 10}}}), XGWKB_E_NOT_CLOSED},
+      {"bow-tie ring", polygon({{{0, 0}, {10, 10}, {10, 0}, {0, 10}, {0, 0}}}), XGWKB_E_SELF_INTERSECTION},
+      // The spike's base is met by two non-adjacent segments: the self-crossing test answers first.
+      {"ring with a spike", polygon({{{0, 0}, {10, 0}, {10, 10}, {10, 15}, {10, 10}, {0, 10}, {0, 0}}}),
+       XGWKB_E_SELF_INTERSECTION},
+      {"hole partly outside", polygon({shell, square(8, 8, 4)}), XGWKB_E_HOLE_OUTSIDE},
+      {"overlapping holes", polygon({shell, square(1, 1, 4), square(3, 3, 4)}), XGWKB_E_RINGS_OVERLAP},
+      {"empty multilinestring", multi(XGWKB_TYPE_MULTILINESTRING, {}), XGWKB_E_INTEGRITY},
+      {"bad member line", multi(XGWKB_TYPE_MULTILINESTRING, {linestring({{0, 0}, {1, 1}}), linestring({{0, 0}})}),
+       XGWKB_E_TOO_FEW_POINTS},
+      {"second member's hole outside",
+       multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(20, 20, 2)}), polygon({shell, square(9, 9, 3)})}),
+       XGWKB_E_HOLE_OUTSIDE},
+  };
+  for (const auto& c : cases) {
+    const Outcome o = check(c.blob);
+    EXPECT_EQ(o.valid, 0u) << c.what;
+    EXPECT_EQ(o.status, c.status) << c.what;
+  }
+}
+
+TEST(Validation, TouchingRingsThatCutTheInteriorApart) {
+  const Ring shell = square(0, 0, 10);
+  const Ring left = triangle({0, 5}, {5, 4}, {4, 7});    // touches the shell at (0,5)
+  const Ring right = triangle({10, 5}, {5, 4}, {8, 7});  // touches the shell at (10,5) and left at (5,4)
+  EXPECT_EQ(check(polygon({shell, left})).valid, 1u);
+  EXPECT_EQ(check(polygon({shell, left, triangle({9, 1}, {8, 2}, {9, 3})})).valid, 1u);
+  // shell - left - right - shell is a cycle: the piece between them is cut off.
+  const Outcome o = check(polygon({shell, left, right}));
+  EXPECT_EQ(o.valid, 0u);
+  EXPECT_EQ(o.status, XGWKB_E_INTEGRITY);
+  // A hole meeting the shell along a stretch does not merely touch.
+  const Outcome along = check(polygon({shell, {{0, 2}, {3, 3}, {0, 4}, {0, 2}}}));
+  EXPECT_EQ(along.valid, 0u);
+}
+
+TEST(Validation, OverlappingMultipolygonMembers) {
+  const Outcome o = check(multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 4)}), polygon({square(2, 2, 4)})}));
+  EXPECT_EQ(o.valid, 0u);
+  EXPECT_EQ(o.status, XGWKB_E_RINGS_OVERLAP);
+  const Outcome nested =
+      check(multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 10)}), polygon({square(2, 2, 1)})}));
+  EXPECT_EQ(nested.valid, 0u);
+  EXPECT_EQ(check(multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 4)}), polygon({square(5, 0, 4)})})).valid,
+            1u);
+}
+
+TEST(Validation, AcceptsValidShapesOfEveryType) {
+  const Bytes shapes[] = {
+      point(1, 2),
+      linestring({{0, 0}, {1, 0}, {0, 0.5}, {1, 1}}),  // an open line may cross itself
+      linestring({{0, 0}, {1, 0}, {1, 1}, {0, 0}}),
+      polygon({square(0, 0, 10), square(1, 1, 2), square(5, 5, 2)}),
+      multi(XGWKB_TYPE_MULTIPOINT, {}),
+      multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(0, 0)}),
+      multi(XGWKB_TYPE_MULTILINESTRING, {linestring({{0, 0}, {1, 1}}), linestring({{0, 1}, {1, 0}})}),
+      multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 1)}), polygon({square(3, 3, 1)})}),
+  };
+  for (const Bytes& b : shapes) {
+    const Outcome o = check(b);
+    EXPECT_EQ(o.valid, 1u) << "type " << b[1];
+    EXPECT_EQ(o.status, 0) << "type " << b[1];
+  }
+}
+
+TEST(Validation, StatusWordRules) {
+  int32_t status = 0;
+  EXPECT_EQ(xgWKB_shape_check_WKBdata(nullptr, &status), 0u);
+  EXPECT_EQ(status, XGWKB_E_NULL_POINTER);
+  status = 0x100;  // ORed, not assigned
+  EXPECT_EQ(xgWKB_shape_check_WKBdata(nullptr, &status), 0u);
+  EXPECT_EQ(status, XGWKB_E_NULL_POINTER | 0x100);
+  // Not a geometry: no verdict, the status stays as preset.
+  EXPECT_EQ(check(nil(), 123).valid, 0u);
+  EXPECT_EQ(check(nil(), 123).status, 123);
+  // An empty polygon's -82 is ORed in as well.
+  EXPECT_EQ(check(polygon({}), 0x1000).status, XGWKB_E_INTEGRITY | 0x1000);
+  // Assigned codes replace the preset value.
+  EXPECT_EQ(check(linestring({{0, 0}}), 0x1000).status, XGWKB_E_TOO_FEW_POINTS);
+}
+
+namespace {
+
+// A ring of n vertices at random angles and radii around c: simple when the angles are sorted,
+// usually self-crossing when they are not.
+Ring random_ring(std::mt19937& rng, _xgWKB_POINT c, double r_min, double r_max, int n, bool sorted) {
+  std::uniform_real_distribution<double> angle(0, 2 * M_PI), radius(r_min, r_max);
+  std::vector<double> angles(n);
+  for (double& a : angles) a = angle(rng);
+  if (sorted) std::sort(angles.begin(), angles.end());
+  Ring ring;
+  for (double a : angles) {
+    const double r = radius(rng);
+    ring.push_back({c.x + r * std::cos(a), c.y + r * std::sin(a)});
+  }
+  ring.push_back(ring.front());
+  return ring;
+}
+
+}  // namespace
+
+TEST(Validation, AgreesWithGeosOnRandomPolygons) {
+  GeosOracle oracle;
+  std::mt19937 rng(20261122);
+  std::uniform_int_distribution<int> vertices(3, 9);
+  std::bernoulli_distribution coin(0.5);
+  std::uniform_real_distribution<double> offset(-40, 40);
+  int valid_seen = 0, invalid_seen = 0;
+  for (int i = 0; i < 400; ++i) {
+    std::vector<Ring> rings{random_ring(rng, {0, 0}, 50, 100, vertices(rng), coin(rng))};
+    const int holes = i % 3;
+    for (int h = 0; h < holes; ++h)
+      rings.push_back(random_ring(rng, {offset(rng), offset(rng)}, 2, 12, vertices(rng), true));
+    const Bytes blob = polygon(rings);
+    GeosGeom g(oracle, oracle.to_geos(blob.data()));
+    const bool geos_valid = GEOSisValid_r(oracle.handle(), g.get()) == 1;
+    const Outcome o = check(blob);
+    EXPECT_EQ(o.valid == 1, geos_valid) << oracle.to_wkt(g.get()) << " status " << o.status;
+    (geos_valid ? valid_seen : invalid_seen)++;
+  }
+  EXPECT_GT(valid_seen, 50);
+  EXPECT_GT(invalid_seen, 50);
+}
