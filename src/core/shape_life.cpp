@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "core/blob.h"
+#include "core/construct.h"
 
 using namespace xg;
 
@@ -21,9 +22,8 @@ int32_t xgWKB_shape_get_WKB_size(const unsigned char* shape, uint32_t* size) {
 int32_t xgWKB_shape_make_nil(uint32_t handle, unsigned char** shape) {
   // The handle is only tested for being non-zero; it is never read further.
   if (handle == 0) return XGWKB_E_NULL_POINTER;
-  byte* nil = blob_alloc(kHeaderSize);
+  byte* nil = alloc_nil();
   if (nil == nullptr) return XGWKB_E_FAILED;
-  write_header(nil, XGWKB_TYPE_NIL);
   *shape = nil;
   return XGWKB_OK;
 }

@@ -8,6 +8,7 @@
 
 #include "core/blob.h"
 #include "core/boundary.h"
+#include "core/construct.h"
 #include "relate/segment_tests.h"
 
 using namespace xg;
@@ -137,19 +138,6 @@ Verdict check_polygon(const byte* polygon) {
   return kValid;
 }
 
-// The rings of a polygon as one multilinestring blob, for the line-crossing test.
-std::vector<byte> rings_as_multiline(const byte* polygon) {
-  uint32_t size = kCountedHeaderSize;
-  for_each_ring(polygon, [&](PointRun ring, uint32_t) { size += kHeaderSize + ring.bytes(); });
-  std::vector<byte> out(size);
-  BlobWriter w(out.data());
-  w.header(XGWKB_TYPE_MULTILINESTRING).u32(shape_count(polygon));
-  for_each_ring(polygon, [&](PointRun ring, uint32_t) {
-    w.header(XGWKB_TYPE_LINESTRING).bytes(ring.at, ring.bytes());
-  });
-  return out;
-}
-
 Verdict check_multipolygon(const byte* multi) {
   const uint32_t count = shape_count(multi);
   if (count < 1) return fail_or(XGWKB_E_INTEGRITY);
@@ -162,13 +150,19 @@ Verdict check_multipolygon(const byte* multi) {
   });
   if (!verdict.ok()) return verdict;
 
-  std::vector<std::vector<byte>> lines;
+  // The rings of each member as one multilinestring, for the line-crossing test.
+  std::vector<OwnedBlob> lines;
   lines.reserve(count);
-  for (const byte* polygon : polygons) lines.push_back(rings_as_multiline(polygon));
+  for (const byte* polygon : polygons) {
+    byte* line = nullptr;
+    const int32_t status = shape_as_line(polygon, &line);
+    if (status != XGWKB_OK) return fail(status);
+    lines.emplace_back(line);
+  }
   for (uint32_t i = 0; i < count; ++i) {
     for (uint32_t j = i + 1; j < count; ++j) {
       if (polygons_overlap(polygons[i], polygons[j], kTol)) return fail_or(XGWKB_E_RINGS_OVERLAP);
-      if (multilines_cross(lines[i].data(), lines[j].data(), kTol))
+      if (multilines_cross(lines[i].get(), lines[j].get(), kTol))
         return fail_or(XGWKB_E_OVERLAPPING_POLYGONS);
     }
   }
