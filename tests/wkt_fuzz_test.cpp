@@ -43,7 +43,8 @@ std::string mutate(std::string s, std::mt19937& rng) {
         if (at < s.size()) s[at] = static_cast<char>(1 + pick(254));
         break;
       case 2:  // insert a meaningful character
-        s.insert(s.begin() + static_cast<std::ptrdiff_t>(at), kAlphabet[pick(sizeof kAlphabet - 2)]);
+        s.insert(s.begin() + static_cast<std::ptrdiff_t>(at),
+                 kAlphabet[pick(sizeof kAlphabet - 2)]);
         break;
       case 3:  // delete a character
         if (at < s.size()) s.erase(at, 1);

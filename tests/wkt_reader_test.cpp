@@ -18,7 +18,7 @@ namespace {
 struct ReadResult {
   int32_t status;
   bool made;
-  Bytes blob;       // the blob's bytes, as far as xgWKB_shape_get_WKB_size says (nil: 5)
+  Bytes blob;  // the blob's bytes, as far as xgWKB_shape_get_WKB_size says (nil: 5)
   std::size_t allocated;
 };
 
@@ -65,11 +65,12 @@ TEST(WktReader, BuildsTheShapeOfWellFormedTexts) {
       {"linestring (1  2,3 4)", linestring({{1, 2}, {3, 4}})},  // y's field may start with blanks
       {"linestring (1e3 -.5,0x10 +7)", linestring({{1000, -0.5}, {16, 7}})},
       {"linestring (1.5x 2y,a b)", linestring({{1.5, 2}, {0, 0}})},  // longest prefix, else 0
-      {"point (\t 5)", point(0, 5)},  // x's field is the tab alone
+      {"point (\t 5)", point(0, 5)},                                 // x's field is the tab alone
       {"multipoint (1 2,3 4)", multi(XGWKB_TYPE_MULTIPOINT, {point(1, 2), point(3, 4)})},
       {"multipoint (1 2)", multi(XGWKB_TYPE_MULTIPOINT, {point(1, 2)})},
       {"multilinestring ((0 0,1 1),(2 2,3 3))",
-       multi(XGWKB_TYPE_MULTILINESTRING, {linestring({{0, 0}, {1, 1}}), linestring({{2, 2}, {3, 3}})})},
+       multi(XGWKB_TYPE_MULTILINESTRING,
+             {linestring({{0, 0}, {1, 1}}), linestring({{2, 2}, {3, 3}})})},
       {"polygon ((0 0,1 0,1 1,0 0),(5 5,6 5,5 5))",
        polygon({{{0, 0}, {1, 0}, {1, 1}, {0, 0}}, {{5, 5}, {6, 5}, {5, 5}}})},
       {"multipolygon (((0 0,1 0,0 0),(2 2,3 3)),((9 9,8 8)))",
@@ -85,21 +86,21 @@ TEST(WktReader, BuildsTheShapeOfWellFormedTexts) {
 
 TEST(WktReader, MakesNoShapeButReportsSuccessForTextsOffTheDialect) {
   const char* const cases[] = {
-      "linestring (1 2, 3 4)",      // blank after a comma
-      "linestring ( 1 2,3 4)",      // blank after the parenthesis
-      "linestring (1 2,3 4) ",      // anything after the closing parenthesis
+      "linestring (1 2, 3 4)",  // blank after a comma
+      "linestring ( 1 2,3 4)",  // blank after the parenthesis
+      "linestring (1 2,3 4) ",  // anything after the closing parenthesis
       "linestring (1 2,3 4))",
-      "linestring 1 2,3 4",         // no "(" at all
-      "point",                      // the keyword alone
+      "linestring 1 2,3 4",  // no "(" at all
+      "point",               // the keyword alone
       "point ",
-      "linestring (1 2,3",          // the text ends inside a pair
+      "linestring (1 2,3",  // the text ends inside a pair
       "linestring (1 2,3 4",
       "linestring (1 2,",
       "linestring (",
       "linestring ()",
       "linestring (1 2,3 4)(",
-      "polygon  empty",             // not an empty text, and no "(" either
-      "polygon (0 0,1 1,0 0)",      // one "(" short
+      "polygon  empty",         // not an empty text, and no "(" either
+      "polygon (0 0,1 1,0 0)",  // one "(" short
       "polygon ((0 0,1 1),(2 2,3 3)",
       "polygon ((0 0,1 1), (2 2,3 3))",
       "polygon ((0 0,1 1),2 2,3 3))",
@@ -119,9 +120,17 @@ TEST(WktReader, MakesNoShapeButReportsSuccessForTextsOffTheDialect) {
 }
 
 TEST(WktReader, RejectsKeywordsOtherThanTheSixGeometries) {
-  const char* const cases[] = {"POINT (1 2)", "Point (1 2)", " point (1 2)", "SingleText (1 2)",
-                               "HoriDim 1 2", "MultiText(", "AlignedDim (1 2)", "points (1 2)",
-                               "", "(1 2)", "polygonal ((0 0,1 1))"};
+  const char* const cases[] = {"POINT (1 2)",
+                               "Point (1 2)",
+                               " point (1 2)",
+                               "SingleText (1 2)",
+                               "HoriDim 1 2",
+                               "MultiText(",
+                               "AlignedDim (1 2)",
+                               "points (1 2)",
+                               "",
+                               "(1 2)",
+                               "polygonal ((0 0,1 1))"};
   for (const char* text : cases) {
     unsigned char untouched = 0;
     unsigned char* shape = &untouched;
@@ -166,12 +175,12 @@ TEST(WktReader, GivesLinestringsTheGenerousAllocation) {
 
 TEST(WktType, NamesTheCodeOfTheFirstWord) {
   const std::pair<const char*, int32_t> cases[] = {
-      {"point (1 2)", 1},   {"point empty", 1},         {"linestring(", 2},
-      {"polygon x", 3},     {"multipoint ()", 4},       {"multilinestring", 5},
-      {"multipolygon", 6},  {"SingleText (", 9},        {"MultiText (", 10},
-      {"HoriDim (", 11},    {"VertDim (", 12},          {"AlignedDim (", 13},
-      {"POINT (1 2)", 0},   {" point (1 2)", 0},        {"", 0},
-      {"singletext (", 0},  {"polygon_x (", 0},
+      {"point (1 2)", 1},  {"point empty", 1},   {"linestring(", 2},
+      {"polygon x", 3},    {"multipoint ()", 4}, {"multilinestring", 5},
+      {"multipolygon", 6}, {"SingleText (", 9},  {"MultiText (", 10},
+      {"HoriDim (", 11},   {"VertDim (", 12},    {"AlignedDim (", 13},
+      {"POINT (1 2)", 0},  {" point (1 2)", 0},  {"", 0},
+      {"singletext (", 0}, {"polygon_x (", 0},
   };
   for (const auto& c : cases) {
     int32_t type = -1;
@@ -201,10 +210,10 @@ TEST(WktSize, EstimatesOnlyTextsWithoutBlanksAfterTheParentheses) {
       {"multilinestring ((1,2),(3,4,5))", XGWKB_OK, 16 * 5 + 9 * 2 + 9},
       {"polygon ((1,2),(3,4))", XGWKB_OK, 16 * 4 + 4 * 2 + 9},
       {"multipolygon (((1,2)),((3,4),(5,6)))", XGWKB_OK, 16 * 6 + 4 * 3 + 9 * 2 + 9},
-      {"multipoint (1,2", XGWKB_OK, -7},        // ends inside the sequence
+      {"multipoint (1,2", XGWKB_OK, -7},  // ends inside the sequence
       {"multipoint (1,2) ", XGWKB_OK, -7},
-      {"polygon ((1,2),3)", XGWKB_OK, -7},      // a separator out of place
-      {"polygon (1,2)", XGWKB_OK, -7},          // one "(" short
+      {"polygon ((1,2),3)", XGWKB_OK, -7},  // a separator out of place
+      {"polygon (1,2)", XGWKB_OK, -7},      // one "(" short
       {"HoriDim (1,2)", XGWKB_E_INVALID_ENTITY, 0},
       {"POINT (1 2)", XGWKB_E_INVALID_ENTITY, 0},
   };
@@ -234,8 +243,10 @@ TEST(WktReader, RoundTripsEveryTypeThroughTheWriter) {
         linestring(run(n)),
         polygon({run(n), run(3), run(2)}),
         multi(XGWKB_TYPE_MULTIPOINT, {point(value(), value()), point(value(), value())}),
-        multi(XGWKB_TYPE_MULTILINESTRING, {linestring(run(2)), linestring(run(n)), linestring(run(3))}),
-        multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({run(n)}), polygon({run(3), run(2)}), polygon({run(4)})}),
+        multi(XGWKB_TYPE_MULTILINESTRING,
+              {linestring(run(2)), linestring(run(n)), linestring(run(3))}),
+        multi(XGWKB_TYPE_MULTIPOLYGON,
+              {polygon({run(n)}), polygon({run(3), run(2)}), polygon({run(4)})}),
     };
     for (const Bytes& b : blobs) {
       const std::string text = write(b);

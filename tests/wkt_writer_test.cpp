@@ -1,5 +1,7 @@
 // The WKT writer: exact text per type and place of a point, status codes, and the coordinate
 // formatter against printf("%lf").
+#include "wkt/wkt_writer.h"
+
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -14,7 +16,6 @@
 #include "support/blob_builder.h"
 #include "support/geos_oracle.h"
 #include "wkt/number_format.h"
-#include "wkt/wkt_writer.h"
 #include "xggeokit.h"
 
 using namespace xgtest;
@@ -69,11 +70,14 @@ TEST(WktWriter, WritesEachTypeInTheDialect) {
       {"multipoint", multi(XGWKB_TYPE_MULTIPOINT, {point(1, 2), point(3, 4)}),
        "multipoint (1.000000 2.000000,3.000000 4.000000)"},
       {"multilinestring",
-       multi(XGWKB_TYPE_MULTILINESTRING, {linestring({{0, 0}, {1, 1}}), linestring({{2, 2}, {3, 3}})}),
-       "multilinestring ((0.000000 0.000000,1.000000 1.000000),(2.000000 2.000000,3.000000 3.000000))"},
+       multi(XGWKB_TYPE_MULTILINESTRING,
+             {linestring({{0, 0}, {1, 1}}), linestring({{2, 2}, {3, 3}})}),
+       "multilinestring ((0.000000 0.000000,1.000000 1.000000),(2.000000 2.000000,3.000000 "
+       "3.000000))"},
       {"multipolygon",
        multi(XGWKB_TYPE_MULTIPOLYGON,
-             {polygon({{{0, 0}, {1, 0}, {0, 1}}, {{5, 5}, {6, 5}, {5, 6}}}), polygon({{{9, 9}, {8, 9}}})}),
+             {polygon({{{0, 0}, {1, 0}, {0, 1}}, {{5, 5}, {6, 5}, {5, 6}}}),
+              polygon({{{9, 9}, {8, 9}}})}),
        "multipolygon (((0.000000 0.000000,1.000000 0.000000,0.000000 1.000000),"
        "(5.000000 5.000000,6.000000 5.000000,5.000000 6.000000)),"
        "((9.000000 9.000000,8.000000 9.000000)))"},
@@ -85,12 +89,15 @@ TEST(WktWriter, LeavesParenthesesOfOnePointPartsOpen) {
   const TextCase cases[] = {
       {"linestring", linestring({{1, 2}}), "linestring (1.000000 2.000000"},
       {"multipoint", multi(XGWKB_TYPE_MULTIPOINT, {point(1, 2)}), "multipoint (1.000000 2.000000"},
-      {"first line of two", multi(XGWKB_TYPE_MULTILINESTRING, {linestring({{1, 2}}), linestring({{3, 4}, {5, 6}})}),
+      {"first line of two",
+       multi(XGWKB_TYPE_MULTILINESTRING, {linestring({{1, 2}}), linestring({{3, 4}, {5, 6}})}),
        "multilinestring ((1.000000 2.000000,(3.000000 4.000000,5.000000 6.000000))"},
-      {"last line of two", multi(XGWKB_TYPE_MULTILINESTRING, {linestring({{3, 4}, {5, 6}}), linestring({{1, 2}})}),
+      {"last line of two",
+       multi(XGWKB_TYPE_MULTILINESTRING, {linestring({{3, 4}, {5, 6}}), linestring({{1, 2}})}),
        "multilinestring ((3.000000 4.000000,5.000000 6.000000),(1.000000 2.000000"},
       {"hole", polygon({kTriangle, {{7, 7}}}),
-       "polygon ((0.000000 0.000000,1.000000 0.000000,1.000000 1.000000,0.000000 0.000000),(7.000000 7.000000"},
+       "polygon ((0.000000 0.000000,1.000000 0.000000,1.000000 1.000000,0.000000 "
+       "0.000000),(7.000000 7.000000"},
       {"second polygon",
        multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({{{0, 0}, {1, 1}}}), polygon({{{7, 7}}})}),
        "multipolygon (((0.000000 0.000000,1.000000 1.000000)),((7.000000 7.000000"},
@@ -103,11 +110,15 @@ TEST(WktWriter, LeavesOutPartsWithoutPoints) {
       {"empty linestring", linestring({}), ""},
       {"empty multipoint", multi(XGWKB_TYPE_MULTIPOINT, {}), ""},
       {"polygon without rings", polygon({}), ""},
-      {"empty first ring", polygon({{}, {{1, 1}, {2, 2}}}), ",(1.000000 1.000000,2.000000 2.000000))"},
+      {"empty first ring", polygon({{}, {{1, 1}, {2, 2}}}),
+       ",(1.000000 1.000000,2.000000 2.000000))"},
       {"empty middle line",
-       multi(XGWKB_TYPE_MULTILINESTRING, {linestring({{0, 0}, {1, 1}}), linestring({}), linestring({{2, 2}, {3, 3}})}),
-       "multilinestring ((0.000000 0.000000,1.000000 1.000000),(2.000000 2.000000,3.000000 3.000000))"},
-      {"empty last ring", polygon({{{0, 0}, {1, 1}}, {}}), "polygon ((0.000000 0.000000,1.000000 1.000000)"},
+       multi(XGWKB_TYPE_MULTILINESTRING,
+             {linestring({{0, 0}, {1, 1}}), linestring({}), linestring({{2, 2}, {3, 3}})}),
+       "multilinestring ((0.000000 0.000000,1.000000 1.000000),(2.000000 2.000000,3.000000 "
+       "3.000000))"},
+      {"empty last ring", polygon({{{0, 0}, {1, 1}}, {}}),
+       "polygon ((0.000000 0.000000,1.000000 1.000000)"},
       {"multipolygon with an empty polygon",
        multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({}), polygon({{{1, 1}, {2, 2}}})}),
        ",((1.000000 1.000000,2.000000 2.000000)))"},
@@ -214,15 +225,49 @@ TEST(WktWriter, GeosReadsTheTextAsTheSameGeometry) {
 TEST(FixedSixFormat, MatchesPrintfOnSpecialValues) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const double inf = std::numeric_limits<double>::infinity();
-  const double cases[] = {0.0, -0.0, 1.0, -1.0, 0.5, -0.5, 1e20, -1e20, 1e300, DBL_MAX, -DBL_MAX,
-                          DBL_MIN, DBL_TRUE_MIN, -DBL_TRUE_MIN, inf, -inf, nan, -nan,
-                          2.5e-7, 1.0000005, 5e-7, 4.999999e-7, 0.0000015, 999999.9999995,
-                          0.9999995, 9.9999995, 0.0078125, 0.0234375, -0.0078125,
-                          std::ldexp(1.0, 52), std::ldexp(1.0, 53), std::ldexp(1.0, 64),
-                          std::ldexp(1.0, 64) - 2048, std::ldexp(1.0, 126), std::ldexp(1.0, 127),
-                          std::nextafter(std::ldexp(1.0, 127), 0.0), std::ldexp(1.0, 128),
-                          std::ldexp(1.0, -73), std::ldexp(1.0, -74), std::ldexp(3.0, -75),
-                          std::ldexp(1.0, -21), 4503599627370495.5, 9007199254740991.0};
+  const double cases[] = {0.0,
+                          -0.0,
+                          1.0,
+                          -1.0,
+                          0.5,
+                          -0.5,
+                          1e20,
+                          -1e20,
+                          1e300,
+                          DBL_MAX,
+                          -DBL_MAX,
+                          DBL_MIN,
+                          DBL_TRUE_MIN,
+                          -DBL_TRUE_MIN,
+                          inf,
+                          -inf,
+                          nan,
+                          -nan,
+                          2.5e-7,
+                          1.0000005,
+                          5e-7,
+                          4.999999e-7,
+                          0.0000015,
+                          999999.9999995,
+                          0.9999995,
+                          9.9999995,
+                          0.0078125,
+                          0.0234375,
+                          -0.0078125,
+                          std::ldexp(1.0, 52),
+                          std::ldexp(1.0, 53),
+                          std::ldexp(1.0, 64),
+                          std::ldexp(1.0, 64) - 2048,
+                          std::ldexp(1.0, 126),
+                          std::ldexp(1.0, 127),
+                          std::nextafter(std::ldexp(1.0, 127), 0.0),
+                          std::ldexp(1.0, 128),
+                          std::ldexp(1.0, -73),
+                          std::ldexp(1.0, -74),
+                          std::ldexp(3.0, -75),
+                          std::ldexp(1.0, -21),
+                          4503599627370495.5,
+                          9007199254740991.0};
   for (double v : cases) EXPECT_EQ(fixed6(v), printf_lf(v)) << v;
 }
 
