@@ -4,11 +4,14 @@
 #include <malloc.h>
 
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <string>
 
 #include "support/blob_builder.h"
+#include "wkt/number_format.h"
 #include "xggeokit.h"
 
 using namespace xgtest;
@@ -261,4 +264,97 @@ TEST(WktReader, DoesNotReadBackTheWritersOnePointSequences) {
   const std::string text = write(linestring({{1, 2}}));
   EXPECT_EQ(text, "linestring (1.000000 2.000000");
   EXPECT_FALSE(read(text).made);
+}
+
+// ---- number fields -------------------------------------------------------------------------
+
+namespace {
+
+// The bits of parse_number_field on field, followed in the text by tail, and of strtod on the
+// field alone.
+std::pair<uint64_t, uint64_t> both_conversions(const std::string& field, const std::string& tail) {
+  const std::string text = field + tail;
+  const double fast = xg::parse_number_field(text.c_str(), text.c_str() + field.size());
+  const double slow = std::strtod(field.c_str(), nullptr);
+  uint64_t a, b;
+  std::memcpy(&a, &fast, sizeof a);
+  std::memcpy(&b, &slow, sizeof b);
+  return {a, b};
+}
+
+}  // namespace
+
+TEST(NumberField, ConvertsEveryFieldAsStrtodConvertsItAlone) {
+  const char* const fields[] = {"1",
+                                "-1",
+                                "+1",
+                                " 2",
+                                "  -2.5",
+                                "\t3",
+                                " ",
+                                "",
+                                ".",
+                                "-.",
+                                ".5",
+                                "-.5e3",
+                                "1e",
+                                "1e+",
+                                "1e-400",
+                                "1e400",
+                                "-1e400",
+                                "4.9e-324",
+                                "2.2250738585072011e-308",
+                                "0x10",
+                                "-0x1p3",
+                                "0X1P-2",
+                                "00x1",
+                                "inf",
+                                "-infinity",
+                                "nan",
+                                "nan(12)",
+                                "nan(12",
+                                "1.5x",
+                                "9"
+                                "999999999999999999999999"};
+  for (const char* f : fields) {
+    for (const char* tail : {"", ")", " 7", "3", "e5", "x1"}) {
+      const auto [fast, slow] = both_conversions(f, tail);
+      EXPECT_EQ(fast, slow) << "field '" << f << "' before '" << tail << "'";
+    }
+  }
+}
+
+TEST(NumberField, MatchesStrtodOnRandomFields) {
+  std::mt19937_64 rng(31);
+  const char alphabet[] = "0123456789.-+eExXpPinfaN() \t";
+  std::uniform_int_distribution<std::size_t> letter(0, sizeof alphabet - 2);
+  std::uniform_int_distribution<int> length(0, 14);
+  char buf[64];
+  for (int i = 0; i < 100000; ++i) {
+    std::string field;
+    switch (i % 4) {
+      case 0:  // random characters that numbers are made of
+        for (int n = length(rng); n > 0; --n) field += alphabet[letter(rng)];
+        break;
+      case 1: {  // round-trip decimal of a random double
+        uint64_t bits = rng();
+        double v;
+        std::memcpy(&v, &bits, sizeof v);
+        std::snprintf(buf, sizeof buf, "%.17g", v);
+        field = buf;
+        break;
+      }
+      case 2:  // six decimals, as the writer prints them
+        std::snprintf(buf, sizeof buf, "%lf",
+                      static_cast<double>(static_cast<int64_t>(rng() >> 20)) / 1e6);
+        field = buf;
+        break;
+      default:  // many digits, hard to round
+        std::snprintf(buf, sizeof buf, " %.25e", std::ldexp(static_cast<double>(rng() >> 11), -30));
+        field = buf;
+        break;
+    }
+    const auto [fast, slow] = both_conversions(field, ",1");
+    ASSERT_EQ(fast, slow) << "field '" << field << "'";
+  }
 }

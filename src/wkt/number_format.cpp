@@ -8,9 +8,13 @@
 // mode.
 #include "wkt/number_format.h"
 
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <string>
+#include <system_error>
 
 namespace xg {
 namespace {
@@ -132,6 +136,28 @@ std::size_t format_fixed6(double v, char* out) {
   }
   p = write_u64(integer, p);
   return static_cast<std::size_t>(write_decimals(decimals, p) - out);
+}
+
+double parse_number_field(const char* begin, const char* stop) {
+  // Fast path: blanks, then an optional minus and a digit or point.  from_chars rounds exactly
+  // as strtod does; it differs only on forms it does not take (hexadecimal after "0x", leading
+  // "+" or other white space, inf, nan) and on overflow and underflow, which all go to strtod.
+  const char* p = begin;
+  while (p < stop && *p == ' ') ++p;
+  const char* q = p < stop && *p == '-' ? p + 1 : p;
+  if (q < stop && ((*q >= '0' && *q <= '9') || *q == '.')) {
+    double v = 0;
+    const auto [end, ec] = std::from_chars(p, stop, v);
+    if (ec == std::errc() && !(end < stop && (*end == 'x' || *end == 'X'))) return v;
+  }
+  // strtod reads a zero-terminated string; the field is followed by the rest of the text.  When
+  // strtod went past stop (the field is all white space, or ends inside a "nan(...)"), convert
+  // a copy holding the field alone.
+  char* end = nullptr;
+  const double v = std::strtod(begin, &end);
+  if (end <= stop) return v;
+  const std::string field(begin, stop);
+  return std::strtod(field.c_str(), nullptr);
 }
 
 }  // namespace xg

@@ -1,4 +1,5 @@
-// number_format.h - coordinates as text, exactly as printf("%lf") prints them.
+// number_format.h - coordinates to text and back: exactly what printf("%lf") prints, and
+// exactly what strtod reads from one field of a text.
 //
 // The WKT writer prints every coordinate in fixed-point notation with six decimals.  Calling
 // printf once per coordinate dominates the writer's time, so format_fixed6 produces the same
@@ -19,6 +20,13 @@ constexpr std::size_t kMaxFixed6Length = 1 + 309 + 1 + 6;
 // Writes v as "%lf" would into out, which has room for kMaxFixed6Length characters; no
 // terminating zero is written.  Returns the number of characters written.
 std::size_t format_fixed6(double v, char* out);
+
+// The field [begin, stop) converted as strtod converts a string holding just that field (in the
+// C locale): leading white space skipped, the longest valid prefix taken (hexadecimal, inf and
+// nan forms included), 0 when there is none.  Plain decimal numbers take a fast exact path;
+// everything else goes to strtod.  Reads nothing outside the field except, on the strtod path,
+// the text up to its terminating zero, which must follow somewhere at or after stop.
+double parse_number_field(const char* begin, const char* stop);
 
 }  // namespace xg
 

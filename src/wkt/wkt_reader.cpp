@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <string>
 #include <vector>
 
+#include "wkt/number_format.h"
 #include "wkt/wkt_keywords.h"
 
 namespace xg {
@@ -21,18 +21,6 @@ struct Gathered {
   std::vector<uint32_t> polygon_rings;
 };
 
-// The field [begin, stop) converted as strtod converts a string holding only that field:
-// leading white space skipped, the longest valid prefix taken, 0 when there is none.
-double convert_field(const char* begin, const char* stop) {
-  char* end = nullptr;
-  const double v = std::strtod(begin, &end);
-  if (end <= stop) return v;
-  // strtod went past the field: either the field is all white space, or it ends inside a
-  // "nan(...)".  Convert a copy that holds the field alone.
-  const std::string field(begin, stop);
-  return std::strtod(field.c_str(), nullptr);
-}
-
 // Reads the pair "x y" at p and moves p past its terminating "," or ")", which is returned;
 // returns 0 (p unchanged) when the pair starts with a blank or the text ends inside it.
 char read_pair(const char*& p, _xgWKB_POINT& pt) {
@@ -44,8 +32,8 @@ char read_pair(const char*& p, _xgWKB_POINT& pt) {
   const char* stop = blank;
   while (*stop != '\0' && *stop != ',' && *stop != ')') ++stop;
   if (*stop == '\0') return 0;
-  pt.x = convert_field(start, blank);
-  pt.y = convert_field(blank, stop);  // the blank is part of y's field and skipped by strtod
+  pt.x = parse_number_field(start, blank);
+  pt.y = parse_number_field(blank, stop);  // the blank is part of y's field and skipped by strtod
   p = stop + 1;
   return *stop;
 }
