@@ -32,28 +32,24 @@ const char kAlphabet[] = "(),. -+0123456789eEinfaxp\t";
 
 std::string mutate(std::string s, std::mt19937& rng) {
   auto pick = [&](std::size_t n) { return std::uniform_int_distribution<std::size_t>(0, n)(rng); };
-  const int edits = 1 + static_cast<int>(pick(2));
-  for (int e = 0; e < edits; ++e) {
+  for (std::size_t edits = 1 + pick(2); edits > 0; --edits) {
     const std::size_t at = pick(s.size());
-    switch (pick(5)) {
+    const char meaningful = kAlphabet[pick(sizeof kAlphabet - 2)];
+    switch (pick(4)) {
       case 0:  // truncate
         s.resize(at);
         break;
-      case 1:  // replace a byte with any non-zero byte
-        if (at < s.size()) s[at] = static_cast<char>(1 + pick(254));
+      case 1:  // replace a byte with any non-zero byte, or with a meaningful one
+        if (at < s.size()) s[at] = pick(1) ? static_cast<char>(1 + pick(254)) : meaningful;
         break;
       case 2:  // insert a meaningful character
-        s.insert(s.begin() + static_cast<std::ptrdiff_t>(at),
-                 kAlphabet[pick(sizeof kAlphabet - 2)]);
+        s.insert(at, 1, meaningful);
         break;
       case 3:  // delete a character
         if (at < s.size()) s.erase(at, 1);
         break;
-      case 4:  // duplicate a stretch
+      default:  // duplicate a stretch
         s.insert(at, s.substr(pick(s.size()), pick(12)));
-        break;
-      default:  // replace with a meaningful character
-        if (at < s.size()) s[at] = kAlphabet[pick(sizeof kAlphabet - 2)];
         break;
     }
   }
