@@ -81,7 +81,8 @@ void print_help(std::FILE* to) {
                kSourceHelp, kSourceHelp);
   for (std::size_t i = 0; i < kOperationCount; ++i) {
     const Op& op = kOperations[i];
-    std::string head = std::string(op.name) + " " + op.arg_help;
+    std::string head = op.name;
+    if (op.arg_help[0] != '\0') head += std::string(" ") + op.arg_help;
     if (op.inputs == Inputs::kShapes) head += " (-a, -b)";
     if (op.inputs == Inputs::kNone) head += " (no -a)";
     std::fprintf(to, "  %-26s %s\n", head.c_str(), op.summary);
@@ -257,6 +258,7 @@ int run(const CommandLine& cl) {
       for (std::size_t i = 0; i < as.size(); ++i) jobs.push_back({i, 0, as[i].label});
       break;
     case Inputs::kShapes:
+      if (bs.empty()) throw UsageError("-b holds no geometry");
       if (bs.size() == 1 || as.size() == bs.size()) {
         for (std::size_t i = 0; i < as.size(); ++i) {
           const std::size_t j = bs.size() == 1 ? 0 : i;

@@ -91,8 +91,8 @@ const Op kOperations[] = {
     // Well-Known Text
     {"wkt", Inputs::kText, 0, 0, "", "read each text and write the shape back as text", op_wkt},
     {"wkttype", Inputs::kText, 0, 0, "", "type code named by the text's first word", op_wkttype},
-    {"wktsize", Inputs::kText, 0, 0, "",
-     "blob size estimated from the text alone (\"none\" when the estimator gives up)", op_wktsize},
+    {"wktsize", Inputs::kText, 0, 0, "", "blob size estimated from the text alone, or none",
+     op_wktsize},
     // Life cycle, size and type
     {"type", Inputs::kShape, 0, 0, "", "type code of the shape", op_type},
     {"size", Inputs::kShape, 0, 0, "", "size of the shape's blob in bytes", op_size},
@@ -101,8 +101,7 @@ const Op kOperations[] = {
     // Part and point access
     {"parts", Inputs::kShape, 0, 0, "", "number of rings or members", op_parts},
     {"points", Inputs::kShape, 0, 2, "[PART [SUBPART]]",
-     "number of points of the shape, of one part, or of one ring of a multipolygon member",
-     op_points},
+     "points of the shape, of part PART, or of ring SUBPART of member PART", op_points},
 };
 
 const std::size_t kOperationCount = sizeof kOperations / sizeof kOperations[0];

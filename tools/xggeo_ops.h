@@ -35,7 +35,9 @@ enum class Inputs {
 };
 
 // The geometries of one call.  a and b are shapes for kShape / kShapes; text is the raw text of
-// the -a geometry for kText.
+// the -a geometry for kText.  They belong to the driver and serve every repetition of -r: an
+// operation that changes a shape in place works on a copy (xgWKB_shape_duplicate) and hands the
+// copy to Output::shape.
 struct Operands {
   const unsigned char* a = nullptr;
   const unsigned char* b = nullptr;
