@@ -177,17 +177,17 @@ void read_lines(std::istream& in, const std::string& name, std::vector<Geometry>
   }
 }
 
-std::vector<Geometry> read_source(const std::string& spec, const char* option) {
+std::vector<Geometry> read_source(const std::string& source, const char* option) {
   std::vector<Geometry> out;
-  if (spec == "-") {
+  if (source == "-") {
     read_lines(std::cin, "stdin", out);
-  } else if (!spec.empty() && spec[0] == '@') {
-    const std::string path = spec.substr(1);
+  } else if (!source.empty() && source[0] == '@') {
+    const std::string path = source.substr(1);
     std::ifstream file(path);
     if (!file) throw InputError("cannot read " + path);
     read_lines(file, path, out);
   } else {
-    out.push_back({option, spec});
+    out.push_back({option, source});
   }
   return out;
 }
