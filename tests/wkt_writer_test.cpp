@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <cctype>
 #include <cfloat>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <limits>
 #include <random>
-#include <regex>
 #include <string>
 
 #include "support/blob_builder.h"
@@ -35,8 +35,15 @@ std::string wkt_of(const Bytes& blob) {
 // Expected texts are written with integers: "point (1 -2)" stands for
 // "point (1.000000 -2.000000)".
 std::string six(const char* text) {
-  static const std::regex integer(R"((-?\d+))");
-  return std::regex_replace(text, integer, "$1.000000");
+  std::string out;
+  for (const char* p = text; *p != '\0'; ++p) {
+    out += *p;
+    if (std::isdigit(static_cast<unsigned char>(*p)) &&
+        !std::isdigit(static_cast<unsigned char>(p[1]))) {
+      out += ".000000";
+    }
+  }
+  return out;
 }
 
 std::string printf_lf(double v) {
