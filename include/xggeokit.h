@@ -386,6 +386,40 @@ XGGEO_API uint32_t xgWKB_shape_check_WKBdata(const unsigned char *shape, int32_t
 /* Well-Known Text                                                                             */
 /* ------------------------------------------------------------------------------------------ */
 
+/* The library's WKT dialect: lower-case keywords, coordinates printed as "%lf" (six decimals,
+ * never an exponent), one blank between x and y and after the keyword, no blank after a comma:
+ *   polygon ((0.000000 0.000000,1.000000 0.000000,1.000000 1.000000,0.000000 0.000000))
+ * A part with one point leaves its parenthesis open ("linestring (1.000000 2.000000"), parts
+ * with no points are left out, and a linestring with no points is the empty text "".  The reader
+ * accepts exactly that layout; "point empty", "polygon empty", ... (whole texts) read as the
+ * nil shape. */
+
+/* Writes a point, linestring, polygon or multi-type as text into *wkt (release it with
+ * xgWKB_shape_free_WKT).  -65 null shape or out-pointer, -27 any other type (nil, annotation,
+ * dimension); *wkt is untouched on failure. */
+XGGEO_API int32_t xgWKB_shape_generate_to_WKT(const unsigned char *shape, char **wkt);
+
+/* Releases a text the library returned; a null pointer is ignored. */
+XGGEO_API void xgWKB_shape_free_WKT(char *wkt);
+
+/* Reads a text into a new shape *shape (release it with xgWKB_shape_free).  -65 null text,
+ * -27 keyword other than the six geometry types.  A geometry text that does not follow the
+ * dialect returns 0 and makes NO shape: preset *shape to NULL and test it after the call. */
+XGGEO_API int32_t xgWKB_shape_generate_from_WKT(const char *wkt, unsigned char **shape);
+
+/* The type code of the text's first word (point 1 ... multipolygon 6, SingleText 9, MultiText 10,
+ * HoriDim 11, VertDim 12, AlignedDim 13, anything else 0) into *type.  Returns 0; -65 null text. */
+XGGEO_API int32_t xgWKB_shape_get_WKT_type(const char *wkt, int32_t *type);
+
+/* Estimated blob size of a text into *size: 5 for an empty text, 21 for a point; for the other
+ * geometry types the estimate is stored only when no blank follows the opening parentheses, so
+ * any readable text leaves *size untouched (size the blob with xgWKB_shape_get_WKB_size after
+ * reading instead).  Returns 0; -65 null text; -27 other keyword (*size = 0). */
+XGGEO_API int32_t xgWKB_shape_get_WKT_size(const char *wkt, int32_t *size);
+
+/* Checks nothing and returns 0. */
+XGGEO_API int32_t xgWKB_shape_check_WKTdata(const char *wkt);
+
 /* ------------------------------------------------------------------------------------------ */
 /* Affine transforms                                                                           */
 /* ------------------------------------------------------------------------------------------ */

@@ -1,0 +1,113 @@
+// End-to-end runs of the xggeo command-line tool: outputs, messages on stderr, exit codes.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace {
+
+struct ToolRun {
+  int exit_code = -1;
+  std::string out;
+  std::string err;
+};
+
+// Runs `xggeo ARGS` (quoted by the caller) in the examples directory, with stdin_text on stdin.
+ToolRun xggeo(const std::string& args, const std::string& stdin_text = "") {
+  ToolRun r;
+#if defined(XGGEO_TOOL) && defined(XGGEO_EXAMPLES_DIR)
+  char err_path[] = "/tmp/xggeo_tool_test_XXXXXX";
+  close(mkstemp(err_path));
+  const std::string command = std::string("cd '") + XGGEO_EXAMPLES_DIR + "' && printf '%s' '" +
+                              stdin_text + "' | '" + XGGEO_TOOL + "' " + args + " 2>" + err_path;
+  FILE* pipe = popen(command.c_str(), "r");
+  char buf[4096];
+  for (std::size_t n; (n = fread(buf, 1, sizeof buf, pipe)) > 0;) r.out.append(buf, n);
+  const int status = pclose(pipe);
+  r.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  std::stringstream err;
+  err << std::ifstream(err_path).rdbuf();
+  r.err = err.str();
+  std::remove(err_path);
+#else
+  (void)args;
+  (void)stdin_text;
+#endif
+  return r;
+}
+
+bool tool_built() {
+#if defined(XGGEO_TOOL)
+  return true;
+#else
+  return false;
+#endif
+}
+
+}  // namespace
+
+TEST(XggeoTool, WritesBackEachGeometryOfAFile) {
+  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
+  const ToolRun r = xggeo("wkt -a @data/points.wkt");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(r.out,
+            "point (1.500000 -2.000000)\n"
+            "point (100000000000000000000.000000 -0.000000)\n"
+            "multipoint (0.000000 0.000000,1.000000 1.000000,2.000000 4.000000)\n"
+            "multipoint (3.000000 3.000000\n");
+  EXPECT_EQ(r.err, "");
+}
+
+TEST(XggeoTool, ReadsStandardInputLineByLineByDefault) {
+  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
+  const ToolRun r = xggeo("type", "point (1 2)\n\n# note\nlinestring (0 0,1 1)\r\npolygon empty\n");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(r.out, "1\n2\n0\n");
+}
+
+TEST(XggeoTool, ReportsStatusAndMessageOfFailedGeometriesAndGoesOn) {
+  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
+  const ToolRun r = xggeo("points -a @data/mixed.wkt");
+  EXPECT_EQ(r.exit_code, 1);
+  EXPECT_EQ(r.out, "1\n2\n4\n8\n");
+  // -27 with its message in UTF-8 ("invalid entity")
+  EXPECT_NE(r.err.find("mixed.wkt:8: status -27: \xE6\x97\xA0\xE6\x95\x88\xE7\x9A\x84"),
+            std::string::npos)
+      << r.err;
+  EXPECT_NE(r.err.find("mixed.wkt:6: not a text in the library's WKT dialect"), std::string::npos);
+}
+
+TEST(XggeoTool, TakesNegativeNumbersAsArguments) {
+  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
+  const ToolRun r = xggeo("extent -1 -a 'polygon ((0 0,1 0,0 0))'");
+  EXPECT_EQ(r.exit_code, 1);
+  EXPECT_NE(r.err.find("status -135"), std::string::npos) << r.err;
+  EXPECT_EQ(xggeo("extent 1 -a 'multilinestring ((0 0,1 1),(2.5 -3,4 4))'").out, "2.5 -3 4 4\n");
+}
+
+TEST(XggeoTool, RejectsBadCommandLinesWithExitTwo) {
+  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
+  for (const char* args : {"", "nosuchop", "wkt 'point (1 2)'", "extent x -a 'point (1 2)'",
+                           "wkt -r 0 -a 'point (1 2)'", "wkt -a", "type -b 'point (1 2)'",
+                           "wkt -a @no/such/file.wkt"}) {
+    const ToolRun r = xggeo(args);
+    EXPECT_EQ(r.exit_code, 2) << args;
+    EXPECT_EQ(r.out, "") << args;
+    EXPECT_NE(r.err, "") << args;
+  }
+}
+
+TEST(XggeoTool, HelpsAndRepeatsRunsPrintingOnce) {
+  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
+  const ToolRun help = xggeo("--help");
+  EXPECT_EQ(help.exit_code, 0);
+  EXPECT_NE(help.out.find("points [PART [SUBPART]]"), std::string::npos) << help.out;
+  EXPECT_EQ(xggeo("points --help").out.rfind("usage: xggeo points [PART [SUBPART]] [-a", 0), 0u);
+  const ToolRun r = xggeo("wkt -r 5 -t -a 'point (1 2)'");
+  EXPECT_EQ(r.out, "point (1.000000 2.000000)\n");
+  EXPECT_NE(r.err.find("1 geometries x 5 runs"), std::string::npos) << r.err;
+}
