@@ -111,3 +111,31 @@ TEST(XggeoTool, HelpsAndRepeatsRunsPrintingOnce) {
   EXPECT_EQ(r.out, "point (1.000000 2.000000)\n");
   EXPECT_NE(r.err.find("1 geometries x 5 runs"), std::string::npos) << r.err;
 }
+
+TEST(XggeoTool, ConstructionMetricsValidationAndTransformOperations) {
+  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
+  const struct {
+    const char* args;
+    const char* out;
+  } cases[] = {
+      {"area -a 'polygon ((0 0,10 0,10 10,0 10,0 0),(2 2,2 4,4 4,4 2,2 2))'", "96\n"},
+      {"length -a 'linestring (0 0,3 4,6 0)'", "10\n"},
+      {"centroid -a 'polygon ((0 0,4 0,4 4,0 4,0 0))'", "point (2.000000 2.000000)\n"},
+      {"boundary -a 'linestring (0 0,1 1,2 0)'", "multipoint (0.000000 0.000000,2.000000 0.000000)\n"},
+      {"rect 0 0 2 1", "polygon ((0.000000 0.000000,0.000000 1.000000,2.000000 1.000000,2.000000 0.000000,"
+                       "0.000000 0.000000))\n"},
+      {"valid -a 'polygon ((0 0,4 0,4 4,0 4,0 0))'", "true\n"},
+      {"move -5 2.5 -a 'point (1 1)'", "point (-4.000000 3.500000)\n"},
+      {"mirror 0 0 1 1 -a 'point (1 0)'", "point (0.000000 1.000000)\n"},
+      {"stretch 0 0 2 3 -a 'point (1 1)'", "point (2.000000 3.000000)\n"},
+  };
+  for (const auto& c : cases) {
+    const ToolRun r = xggeo(c.args);
+    EXPECT_EQ(r.exit_code, 0) << c.args << ": " << r.err;
+    EXPECT_EQ(r.out, c.out) << c.args;
+  }
+  // An invalid shape is reported with the rule it breaks, in UTF-8.
+  const ToolRun bowtie = xggeo("valid -a 'polygon ((0 0,10 10,10 0,0 10,0 0))'");
+  EXPECT_EQ(bowtie.out, "false -155 \xE7\xBA\xBF\xE6\x88\x96\xE9\x9D\xA2\xE7\x9A\x84\xE8\xBE\xB9\xE7\x95\x8C\xE8\x87\xAA\xE4\xBA\xA4\n");
+  EXPECT_EQ(xggeo("circle 0 0 -1").exit_code, 1);  // -66: negative radius
+}

@@ -85,6 +85,152 @@ int32_t op_points(const Operands& in, const Args& args, Output& out) {
   return status;
 }
 
+
+// ---- Shared shapes of operation -------------------------------------------------------------
+
+// Runs an operation that derives a new shape from one shape and prints it.
+template <class Derive>
+int32_t derived(Output& out, Derive&& derive) {
+  unsigned char* result = nullptr;
+  const int32_t status = derive(&result);
+  if (status != XGWKB_OK) {
+    xgWKB_shape_free(result);  // some operations hand a block out before they fail
+    return status;
+  }
+  return out.shape(result);
+}
+
+// Runs an in-place transform on a copy of the shape and prints the copy.
+template <class Transform>
+int32_t transformed(const unsigned char* shape, Output& out, Transform&& transform) {
+  unsigned char* copy = nullptr;
+  int32_t status = xgWKB_shape_duplicate(shape, &copy);
+  if (status == XGWKB_OK) status = transform(copy);
+  if (status != XGWKB_OK) {
+    xgWKB_shape_free(copy);
+    return status;
+  }
+  return out.shape(copy);
+}
+
+// ---- Shape construction ----------------------------------------------------------------------
+
+int32_t op_circle(const Operands&, const Args& args, Output& out) {
+  const _xgWKB_POINT centre{args.real(0), args.real(1)};
+  return derived(out, [&](unsigned char** r) {
+    return xgWKB_shape_generate_polygon_from_circle(&centre, args.real(2), args.integer_or(3, 36), r);
+  });
+}
+
+int32_t op_ellipse(const Operands&, const Args& args, Output& out) {
+  const _xgWKB_POINT centre{args.real(0), args.real(1)};
+  return derived(out, [&](unsigned char** r) {
+    return xgWKB_shape_generate_from_ellipse(&centre, args.real(2), args.real(3), args.real_or(4, 0),
+                                             args.integer_or(5, 36), r);
+  });
+}
+
+int32_t op_rect(const Operands&, const Args& args, Output& out) {
+  const _xgWKB_BOX box{args.real(0), args.real(1), args.real(2), args.real(3)};
+  return derived(out, [&](unsigned char** r) { return xgWKB_shape_generate_polygon_from_rectangle(&box, r); });
+}
+
+int32_t op_part(const Operands& in, const Args& args, Output& out) {
+  return derived(out, [&](unsigned char** r) { return xgWKB_shape_generate_from_part(in.a, args.integer(0), r); });
+}
+
+int32_t op_aspoint(const Operands& in, const Args&, Output& out) {
+  return derived(out, [&](unsigned char** r) { return xgWKB_shape_as_point(in.a, r); });
+}
+
+int32_t op_asline(const Operands& in, const Args&, Output& out) {
+  return derived(out, [&](unsigned char** r) { return xgWKB_shape_as_line(in.a, r); });
+}
+
+int32_t op_assimpleline(const Operands& in, const Args&, Output& out) {
+  return derived(out, [&](unsigned char** r) { return xgWKB_shape_as_simple_line(in.a, r); });
+}
+
+int32_t op_aspolygon(const Operands& in, const Args&, Output& out) {
+  return derived(out, [&](unsigned char** r) { return xgWKB_shape_as_polygon(in.a, r); });
+}
+
+// ---- Metrics ---------------------------------------------------------------------------------
+
+int32_t op_area(const Operands& in, const Args& args, Output& out) {
+  double area = 0;
+  const int32_t status = xgWKB_shape_get_area(in.a, args.integer_or(0, 0), &area);
+  if (status == XGWKB_OK) out.real(area);
+  return status;
+}
+
+int32_t op_length(const Operands& in, const Args& args, Output& out) {
+  double length = 0;
+  const int32_t status = xgWKB_shape_get_length(in.a, args.integer_or(0, 0), &length);
+  if (status == XGWKB_OK) out.real(length);
+  return status;
+}
+
+int32_t op_closed(const Operands& in, const Args& args, Output& out) {
+  const int32_t closed = xgWKB_shape_is_close(in.a, args.real_or(0, 0.0001));
+  if (closed < 0) return closed;
+  out.boolean(closed == 1);
+  return XGWKB_OK;
+}
+
+int32_t op_centroid(const Operands& in, const Args&, Output& out) {
+  _xgWKB_POINT c{};
+  const int32_t status = xgWKB_shape_get_centroid(in.a, &c);
+  if (status != XGWKB_OK) return status;
+  return derived(out, [&](unsigned char** r) { return xgWKB_shape_generate_point(&c, r); });
+}
+
+int32_t op_boundary(const Operands& in, const Args&, Output& out) {
+  return derived(out, [&](unsigned char** r) { return xgWKB_shape_get_boundary(in.a, r); });
+}
+
+// ---- Validation ------------------------------------------------------------------------------
+
+// Prints "true", or "false" with the code and message of the rule broken.
+int32_t op_valid(const Operands& in, const Args&, Output& out) {
+  int32_t status = 0;
+  const bool valid = xgWKB_shape_check_WKBdata(in.a, &status) == 1;
+  out.boolean(valid);
+  if (!valid && status != 0) {
+    out.integer(status);
+    char* message = nullptr;
+    if (xgWKB_shape_get_error_description_utf8(status, &message)) {
+      out.text(message);
+      xgWKB_shape_free(message);
+    }
+  }
+  return XGWKB_OK;
+}
+
+// ---- Affine transforms -----------------------------------------------------------------------
+
+int32_t op_move(const Operands& in, const Args& args, Output& out) {
+  return transformed(in.a, out, [&](unsigned char* s) { return xgWKB_shape_move(s, args.real(0), args.real(1)); });
+}
+
+int32_t op_rotate(const Operands& in, const Args& args, Output& out) {
+  return transformed(in.a, out, [&](unsigned char* s) {
+    return xgWKB_shape_rotate(s, args.real(0), args.real_or(1, 0), args.real_or(2, 0));
+  });
+}
+
+int32_t op_stretch(const Operands& in, const Args& args, Output& out) {
+  const _xgWKB_POINT base{args.real(0), args.real(1)};
+  return transformed(in.a, out, [&](unsigned char* s) {
+    return xgWKB_shape_stretch(s, &base, args.real(2), args.real(3));
+  });
+}
+
+int32_t op_mirror(const Operands& in, const Args& args, Output& out) {
+  const _xgWKB_POINT p1{args.real(0), args.real(1)}, p2{args.real(2), args.real(3)};
+  return derived(out, [&](unsigned char** r) { return xgWKB_shape_mirror(in.a, &p1, &p2, r, args.real_or(4, 0.0001)); });
+}
+
 }  // namespace
 
 const Op kOperations[] = {
@@ -102,6 +248,35 @@ const Op kOperations[] = {
     {"parts", Inputs::kShape, 0, 0, "", "number of rings or members", op_parts},
     {"points", Inputs::kShape, 0, 2, "[PART [SUBPART]]",
      "points of the shape, of part PART, or of ring SUBPART of member PART", op_points},
+    // Shape construction
+    {"circle", Inputs::kNone, 3, 4, "CX CY R [N]", "polygon of N points (default 36) on a circle", op_circle},
+    {"ellipse", Inputs::kNone, 4, 6, "CX CY A B [START [N]]",
+     "polygon of N points on an ellipse from angle START (radians)", op_ellipse},
+    {"rect", Inputs::kNone, 4, 4, "MINX MINY MAXX MAXY", "polygon of a rectangle", op_rect},
+    {"part", Inputs::kShape, 1, 1, "INDEX", "member INDEX of a multi-type as a shape of its own", op_part},
+    {"aspoint", Inputs::kShape, 0, 0, "", "multipoint of every vertex", op_aspoint},
+    {"asline", Inputs::kShape, 0, 0, "", "the shape's lines: rings become linestrings", op_asline},
+    {"assimpleline", Inputs::kShape, 0, 0, "", "the shape's lines split where they cross each other",
+     op_assimpleline},
+    {"aspolygon", Inputs::kShape, 0, 0, "", "multipolygon of closed simple lines, nested rings as holes",
+     op_aspolygon},
+    // Metrics
+    {"area", Inputs::kShape, 0, 1, "[PART]", "area of the shape or of one part", op_area},
+    {"length", Inputs::kShape, 0, 1, "[PART]", "length of the shape or of one part", op_length},
+    {"closed", Inputs::kShape, 0, 1, "[TOL]", "whether a line's ends meet within TOL (default 0.0001)",
+     op_closed},
+    {"centroid", Inputs::kShape, 0, 0, "", "centroid of a polygon's outer ring", op_centroid},
+    {"boundary", Inputs::kShape, 0, 0, "", "boundary of the shape", op_boundary},
+    // Validation
+    {"valid", Inputs::kShape, 0, 0, "", "whether the shape is well formed, else the rule it breaks",
+     op_valid},
+    // Affine transforms
+    {"move", Inputs::kShape, 2, 2, "DX DY", "the shape moved by DX DY", op_move},
+    {"rotate", Inputs::kShape, 1, 3, "ANGLE [CX CY]", "the shape turned clockwise by ANGLE radians about CX CY",
+     op_rotate},
+    {"stretch", Inputs::kShape, 4, 4, "BX BY FX FY", "the shape scaled by FX FY about BX BY", op_stretch},
+    {"mirror", Inputs::kShape, 4, 5, "X1 Y1 X2 Y2 [TOL]", "mirror image about the line X1 Y1 - X2 Y2",
+     op_mirror},
 };
 
 const std::size_t kOperationCount = sizeof kOperations / sizeof kOperations[0];
