@@ -4,7 +4,10 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh run
 cmake -S . -B build-release -DCMAKE_BUILD_TYPE=Release -DXGGEO_BUILD_TESTS=OFF >/dev/null
-cmake --build build-release -j"$(nproc)"
+if ! cmake --build build-release -j"$(nproc)" >build-release/build.log 2>&1; then
+  cat build-release/build.log
+  exit 1
+fi
 if [ -x examples/demo.sh ] && [ -x build-release/tools/xggeo ]; then
   exec examples/demo.sh build-release/tools/xggeo
 fi
