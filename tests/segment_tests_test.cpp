@@ -3,8 +3,11 @@
 
 #include <cstring>
 #include <random>
+#include <set>
+#include <utility>
 
 #include "relate/point_runs.h"
+#include "relate/segment_pairs.h"
 #include "relate/segment_tests.h"
 #include "support/blob_builder.h"
 
@@ -349,5 +352,41 @@ TEST(PointLocators, AgreeWithThePointPrimitives) {
                   xgWKB_baseGeo_point_simplePolygon_relation(&p, ring.data(), count, t));
       }
     }
+  }
+}
+
+// ---- pairing segments --------------------------------------------------------------------
+
+TEST(SegmentPairs, OffersExactlyThePairsWhoseBoxesMeet) {
+  // Runs long enough for the sweep; the expected pairs come from testing every box pair.
+  std::mt19937 rng(11);
+  std::uniform_real_distribution<double> step(-3, 3);
+  auto walk = [&](int n, double x) {
+    Ring r{P(x, 0)};
+    for (int i = 1; i < n; ++i) r.push_back(P(r.back().x + step(rng), r.back().y + step(rng)));
+    return r;
+  };
+  const double t = 0.01;
+  auto meet = [t](const _xgWKB_POINT* p, uint32_t i, const _xgWKB_POINT* q, uint32_t j) {
+    return xg::boxes_meet(xg::segment_box(p[i], p[i + 1]), xg::segment_box(q[j], q[j + 1]), t);
+  };
+  for (int round = 0; round < 5; ++round) {
+    const Ring ra = walk(120, 0), rb = walk(90, 4);
+    const xg::Span a = xg::make_span(ra.data(), 120), b = xg::make_span(rb.data(), 90);
+    std::set<std::pair<uint32_t, uint32_t>> expected, got, expected_self, got_self;
+    for (uint32_t i = 0; i < 119; ++i) {
+      for (uint32_t j = 0; j < 89; ++j) {
+        if (meet(ra.data(), i, rb.data(), j)) expected.insert({i, j});
+      }
+      for (uint32_t j = i + 2; j < 119; ++j) {
+        if (meet(ra.data(), i, ra.data(), j)) expected_self.insert({i, j});
+      }
+    }
+    xg::any_segment_pair(a, b, t, [&](uint32_t i, uint32_t j) { return !got.insert({i, j}).second; });
+    xg::any_segment_pair_within(a, 2, t, [&](uint32_t i, uint32_t j) {
+      return !got_self.insert({i, j}).second;
+    });
+    EXPECT_EQ(got, expected);
+    EXPECT_EQ(got_self, expected_self);
   }
 }

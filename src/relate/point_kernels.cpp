@@ -33,9 +33,18 @@ bool touches_polygon(const _xgWKB_POINT& p, const PolySpans& polygon, double t) 
   return false;
 }
 
+// Outside (point_outside_polygon), within (point_within_polygon) or neither, in one pass over
+// the rings: both tests read the outer ring and then the holes in order, and stop at the first
+// hole that holds the point inside (outside the polygon) or on its boundary (neither).
 Loc locate_in_polygon(const _xgWKB_POINT& p, const PolySpans& polygon, double t) {
-  if (point_outside_polygon(p, polygon, t)) return kOut;
-  return point_within_polygon(p, polygon, t) ? kIn : kOn;
+  if (polygon.count == 0 || outside_box(p, polygon.box(), t)) return kOut;
+  const int32_t outer = ring_relation(p, polygon.rings[0], t);
+  if (outer != 1) return outer == 0 ? kOut : kOn;
+  for (uint32_t h = 1; h < polygon.count; ++h) {
+    const int32_t r = ring_relation(p, polygon.rings[h], t);
+    if (r != 0) return r == 1 ? kOut : kOn;
+  }
+  return kIn;
 }
 
 // The other shape, unpacked as stored, against which points are located.

@@ -21,7 +21,6 @@ bool RelateOperand::load(const byte* shape, double t) {
   } else {
     return false;
   }
-  t_ = t;
   if (!runs_.load(shape, dim_ == 2)) return false;
   ends_.clear();
   left_.clear();

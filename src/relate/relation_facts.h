@@ -73,7 +73,6 @@ class RelateOperand {
   Loc locate_areal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const;
 
   int dim_ = 0;
-  double t_ = 0;
   ShapeRuns runs_;
   SmallVec<_xgWKB_POINT, 8> ends_;
   SmallVec<uint8_t, 8> left_;
