@@ -2,6 +2,7 @@
 // closed lines, and the deliberately partial equality test.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 #include "support/blob_builder.h"
@@ -77,8 +78,6 @@ TEST(RelateIdentities, HoldForEveryPairOfSamples) {
 TEST(RelateDispatch, UndefinedCellsAnswerZeroEvenWhereTheRelationHolds) {
   const Bytes p = point(1, 2);
   const Bytes mp = multi(XGWKB_TYPE_MULTIPOINT, {point(1, 2)});
-  const Bytes sq = polygon({square(0, 0, 10)});
-  const Bytes inner = polygon({square(2, 2, 2)});
   // Two equal points: they meet, but a point within a point is not defined.
   EXPECT_EQ(xgWKB_shape_is_disjoint(p.data(), p.data(), kT), 0);
   EXPECT_EQ(xgWKB_shape_is_intersecting(p.data(), p.data(), kT), 1);
@@ -87,13 +86,45 @@ TEST(RelateDispatch, UndefinedCellsAnswerZeroEvenWhereTheRelationHolds) {
   // A point within a multipoint is defined; a multipoint within a point is not.
   EXPECT_EQ(xgWKB_shape_is_within(p.data(), mp.data(), kT), 1);
   EXPECT_EQ(xgWKB_shape_is_within(mp.data(), p.data(), kT), 0);
-  // Polygons never cross, and a point never overlaps.
-  EXPECT_EQ(xgWKB_shape_is_crossing(sq.data(), polygon({square(5, 5, 10)}).data(), kT), 0);
   EXPECT_EQ(xgWKB_shape_is_overlapping(p.data(), mp.data(), kT), 0);
-  // A polygon inside another is within it, and the other contains it.
-  EXPECT_EQ(xgWKB_shape_is_within(inner.data(), sq.data(), kT), 1);
-  EXPECT_EQ(xgWKB_shape_is_containing(sq.data(), inner.data(), kT), 1);
   EXPECT_EQ(xgWKB_shape_find_relation(), 0);
+}
+
+TEST(RelateDegenerate, EmptyAndShortPartsAreReadWithinTheirBlobs) {
+  // Each blob sits in a heap block of exactly its size, so a read past its end is caught by
+  // the address sanitizer.
+  const std::vector<Bytes> shapes = {
+      point(0, 0),
+      linestring({}),
+      linestring({{0, 0}}),
+      linestring({{0, 0}, {0, 0}}),
+      polygon({}),
+      polygon({{}}),
+      polygon({{{0, 0}, {1, 1}}}),
+      polygon({square(-1, -1, 2), {}}),
+      multi(XGWKB_TYPE_MULTIPOINT, {}),
+      multi(XGWKB_TYPE_MULTILINESTRING, {linestring({})}),
+      multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({})}),
+      multi(XGWKB_TYPE_MULTIPOLYGON, {}),
+  };
+  const Predicate all[] = {xgWKB_shape_is_disjoint,    xgWKB_shape_is_intersecting,
+                           xgWKB_shape_is_within,      xgWKB_shape_is_containing,
+                           xgWKB_shape_is_crossing,    xgWKB_shape_is_overlapping,
+                           xgWKB_shape_is_touching,    xgWKB_shape_is_equal};
+  auto exact = [](const Bytes& b) {
+    std::unique_ptr<unsigned char[]> copy(new unsigned char[b.size()]);
+    std::copy(b.begin(), b.end(), copy.get());
+    return copy;
+  };
+  for (const Bytes& a : shapes) {
+    for (const Bytes& b : shapes) {
+      const auto ea = exact(a), eb = exact(b);
+      for (Predicate p : all) {
+        const int32_t r = p(ea.get(), eb.get(), kT);
+        EXPECT_TRUE(r == 0 || r == 1);
+      }
+    }
+  }
 }
 
 // ---- contacts within the tolerance -------------------------------------------------------
@@ -140,6 +171,7 @@ struct RelationCase {
 TEST(RelateSharedEdges, FollowTheInteriorsOnEitherSide) {
   const Bytes sq = polygon({square(0, 0, 10)});
   const RelationCase cases[] = {
+      {"nested without contact", polygon({square(2, 2, 3)}), sq, 1, 0, 0, 0},
       {"squares side by side", polygon({square(10, 0, 10)}), sq, 0, 1, 0, 0},
       {"half of the square", polygon({{{0, 0}, {5, 0}, {5, 10}, {0, 10}, {0, 0}}}), sq, 1, 0, 0, 0},
       {"the square itself, other start", polygon({{{10, 10}, {0, 10}, {0, 0}, {10, 0}, {10, 10}}}), sq,

@@ -79,22 +79,19 @@ TEST(SegmentIntersection, ClassifiesMeetings) {
 }
 
 TEST(SegmentIntersection, ReturnsMeetingPointAsPointBlob) {
-  byte* blob = nullptr;
-  ASSERT_EQ(xg::segment_intersection(P(0, 0), P(4, 4), P(0, 4), P(4, 0), &blob, kT), 1);
-  ASSERT_NE(blob, nullptr);
-  EXPECT_EQ(blob[0], 0);
-  EXPECT_EQ(xg::load_u32(blob + 1), uint32_t{XGWKB_TYPE_POINT});
-  EXPECT_NEAR(xg::load_f64(blob + 5), 2.0, 1e-12);
-  EXPECT_NEAR(xg::load_f64(blob + 13), 2.0, 1e-12);
-  std::free(blob);
-}
-
-TEST(SegmentIntersection, EndToEndTouchReturnsTheSharedEnd) {
-  byte* blob = nullptr;
-  ASSERT_EQ(xg::segment_intersection(P(0, 0), P(10, 0), P(10, 0), P(10, 5), &blob, kT), 1);
-  EXPECT_EQ(xg::load_point(blob + 5).x, 10.0);
-  EXPECT_EQ(xg::load_point(blob + 5).y, 0.0);
-  std::free(blob);
+  const MeetCase cases[] = {{"crossing", P(0, 0), P(4, 4), P(0, 4), P(4, 0), kT, 1},
+                            {"end to end", P(0, 0), P(10, 0), P(10, 0), P(10, 5), kT, 1}};
+  const _xgWKB_POINT at[] = {P(2, 2), P(10, 0)};
+  for (int i = 0; i < 2; ++i) {
+    const MeetCase& c = cases[i];
+    byte* blob = nullptr;
+    ASSERT_EQ(xg::segment_intersection(c.a1, c.a2, c.b1, c.b2, &blob, c.t), 1) << c.name;
+    EXPECT_EQ(blob[0], 0);
+    EXPECT_EQ(xg::load_u32(blob + 1), uint32_t{XGWKB_TYPE_POINT});
+    EXPECT_NEAR(xg::load_f64(blob + 5), at[i].x, 1e-12) << c.name;
+    EXPECT_NEAR(xg::load_f64(blob + 13), at[i].y, 1e-12) << c.name;
+    std::free(blob);
+  }
 }
 
 // ---- self-crossing -------------------------------------------------------------------------
@@ -301,6 +298,7 @@ TEST(PolygonPair, OverlapAndDisjointness) {
       {"inside the hole", {square(4.5, 4.5, 1)}, 0, 1},
       {"filling the hole (A's outer vertices lie outside)", {square(4, 4, 2)}, 0, 0},
       {"crossing the outer ring", {square(8, 8, 5)}, 1, 0},
+      {"a bar across, no vertex inside either", {{{-2, 1}, {12, 1}, {12, 3}, {-2, 3}, {-2, 1}}}, 1, 0},
       {"touching at a corner", {square(10, 10, 3)}, 0, 0},
       {"sharing an edge", {square(10, 0, 5)}, 0, 0},
       {"covering all of it", {square(-1, -1, 12)}, 1, 0},
@@ -312,15 +310,6 @@ TEST(PolygonPair, OverlapAndDisjointness) {
     EXPECT_EQ(xg::polygons_disjoint(a.data(), b.data(), kRingT), c.disjoint) << c.name;
     EXPECT_EQ(xg::polygons_disjoint(b.data(), a.data(), kRingT), c.disjoint) << c.name;
   }
-}
-
-TEST(PolygonPair, RingReachesPolygonThroughASegment) {
-  // The triangle's vertices all lie outside the square; one edge cuts through it.
-  const Bytes sq = polygon({square(0, 0, 10)});
-  const RunBlob tri({{-5, 5}, {15, 5}, {15, 20}, {-5, 5}});
-  EXPECT_EQ(xg::ring_reaches_polygon(tri.run(), sq.data(), kRingT), 1);
-  const RunBlob apart({{-5, 15}, {15, 15}, {15, 20}, {-5, 15}});
-  EXPECT_EQ(xg::ring_reaches_polygon(apart.run(), sq.data(), kRingT), 0);
 }
 
 // ---- the fast locators agree with the point primitives -----------------------------------

@@ -19,6 +19,8 @@ bool at_open_end(const _xgWKB_POINT& p, const Span& line, double t) {
   return wkb_point_equal_tol(p, line.p[0], t) || wkb_point_equal_tol(p, line.p[line.n - 1], t);
 }
 
+// Intended: the run is searched from its start, so a last vertex that also lies on an earlier
+// segment is found there and counts as within an open line.
 bool within_line(const _xgWKB_POINT& p, const Span& line, double t) {
   const int32_t r = locate_on_run(p, line, t);
   if (r == 0) return false;

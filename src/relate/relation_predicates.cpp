@@ -117,7 +117,9 @@ struct Cell {
 using Table = std::array<std::array<Cell, 6>, 6>;
 
 // Cells each predicate defines; rows are the first shape, columns the second, both in the
-// order point, linestring, polygon, multipoint, multilinestring, multipolygon.
+// order point, linestring, polygon, multipoint, multilinestring, multipolygon.  Intended gaps:
+// a point within a point is not defined although a point within a multipoint is, and a
+// multipoint within a linestring is defined although a linestring within a multipoint is not.
 constexpr const char* kAllCells[6] = {"yyyyyy", "yyyyyy", "yyyyyy", "yyyyyy", "yyyyyy", "yyyyyy"};
 constexpr const char* kWithinCells[6] = {"-yyyyy", "-yy-yy", "--y--y",
                                          "-yyyyy", "-yy-yy", "--y--y"};
