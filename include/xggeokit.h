@@ -583,6 +583,54 @@ XGGEO_API int32_t xgWKB_shape_change_multipolygon_point(unsigned char *shape, in
 /* Relations between two shapes                                                                */
 /* ------------------------------------------------------------------------------------------ */
 
+/* The predicates below compare two shapes a and b with tolerance t (a vertex within t of an
+ * edge touches it; points are equal when they differ by less than t on both axes).  Each
+ * returns 1 or 0 and never fails; the pointers are not tested.  Only the six geometry types
+ * take part: nil, annotation, dimension and envelope shapes give 0 in every predicate, as do
+ * the pairs of types a predicate does not define (noted per predicate). */
+
+/* 1 when a and b have no point in common.  Defined for every pair of geometry types. */
+XGGEO_API int32_t xgWKB_shape_is_disjoint(const unsigned char *a, const unsigned char *b, double t);
+
+/* 1 when a and b have a point in common: exactly the negation of xgWKB_shape_is_disjoint for
+ * geometry types, 0 for any other type. */
+XGGEO_API int32_t xgWKB_shape_is_intersecting(const unsigned char *a, const unsigned char *b,
+                                              double t);
+
+/* 1 when a lies in b and their interiors meet.  Undefined (0): any shape within a point, a
+ * linestring or multilinestring within a multipoint, a polygon or multipolygon within a point
+ * type or a line type. */
+XGGEO_API int32_t xgWKB_shape_is_within(const unsigned char *a, const unsigned char *b, double t);
+
+/* xgWKB_shape_is_within(b, a, t), for every pair. */
+XGGEO_API int32_t xgWKB_shape_is_containing(const unsigned char *a, const unsigned char *b,
+                                            double t);
+
+/* 1 when the interiors meet but neither shape covers the other's interior part: lines meeting
+ * in isolated points; a multipoint or line partly inside, partly outside the other shape.
+ * Undefined (0): any pair with a single point, polygon types with each other, multipoint with
+ * multipoint. */
+XGGEO_API int32_t xgWKB_shape_is_crossing(const unsigned char *a, const unsigned char *b, double t);
+
+/* 1 when two shapes of one dimension share part of their interiors and each has interior
+ * points outside the other.  Defined for multipoint with multipoint, line types with line
+ * types and polygon types with polygon types (a single point: 0). */
+XGGEO_API int32_t xgWKB_shape_is_overlapping(const unsigned char *a, const unsigned char *b,
+                                             double t);
+
+/* 1 when a and b meet only on their boundaries.  Undefined (0): a point or multipoint with a
+ * point or multipoint.  A closed linestring has no boundary. */
+XGGEO_API int32_t xgWKB_shape_is_touching(const unsigned char *a, const unsigned char *b, double t);
+
+/* 1 when a and b have the same geometry type and equal vertices within t, in the same order.
+ * Deliberately partial: multipoints compare b's count of points only (a with extra points after
+ * b's equals b; a with fewer gives 0), and polygon rings compare only their first n + 1 doubles
+ * (n the ring's point count). */
+XGGEO_API int32_t xgWKB_shape_is_equal(const unsigned char *a, const unsigned char *b, double t);
+
+/* Reserved; reads nothing and returns 0. */
+XGGEO_API int32_t xgWKB_shape_find_relation(void);
+
 /* ------------------------------------------------------------------------------------------ */
 /* End of the C interface                                                                      */
 /* ------------------------------------------------------------------------------------------ */

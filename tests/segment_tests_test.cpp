@@ -3,8 +3,11 @@
 
 #include <cstring>
 #include <random>
+#include <set>
+#include <utility>
 
 #include "relate/point_runs.h"
+#include "relate/segment_pairs.h"
 #include "relate/segment_tests.h"
 #include "support/blob_builder.h"
 
@@ -76,22 +79,19 @@ TEST(SegmentIntersection, ClassifiesMeetings) {
 }
 
 TEST(SegmentIntersection, ReturnsMeetingPointAsPointBlob) {
-  byte* blob = nullptr;
-  ASSERT_EQ(xg::segment_intersection(P(0, 0), P(4, 4), P(0, 4), P(4, 0), &blob, kT), 1);
-  ASSERT_NE(blob, nullptr);
-  EXPECT_EQ(blob[0], 0);
-  EXPECT_EQ(xg::load_u32(blob + 1), uint32_t{XGWKB_TYPE_POINT});
-  EXPECT_NEAR(xg::load_f64(blob + 5), 2.0, 1e-12);
-  EXPECT_NEAR(xg::load_f64(blob + 13), 2.0, 1e-12);
-  std::free(blob);
-}
-
-TEST(SegmentIntersection, EndToEndTouchReturnsTheSharedEnd) {
-  byte* blob = nullptr;
-  ASSERT_EQ(xg::segment_intersection(P(0, 0), P(10, 0), P(10, 0), P(10, 5), &blob, kT), 1);
-  EXPECT_EQ(xg::load_point(blob + 5).x, 10.0);
-  EXPECT_EQ(xg::load_point(blob + 5).y, 0.0);
-  std::free(blob);
+  const MeetCase cases[] = {{"crossing", P(0, 0), P(4, 4), P(0, 4), P(4, 0), kT, 1},
+                            {"end to end", P(0, 0), P(10, 0), P(10, 0), P(10, 5), kT, 1}};
+  const _xgWKB_POINT at[] = {P(2, 2), P(10, 0)};
+  for (int i = 0; i < 2; ++i) {
+    const MeetCase& c = cases[i];
+    byte* blob = nullptr;
+    ASSERT_EQ(xg::segment_intersection(c.a1, c.a2, c.b1, c.b2, &blob, c.t), 1) << c.name;
+    EXPECT_EQ(blob[0], 0);
+    EXPECT_EQ(xg::load_u32(blob + 1), uint32_t{XGWKB_TYPE_POINT});
+    EXPECT_NEAR(xg::load_f64(blob + 5), at[i].x, 1e-12) << c.name;
+    EXPECT_NEAR(xg::load_f64(blob + 13), at[i].y, 1e-12) << c.name;
+    std::free(blob);
+  }
 }
 
 // ---- self-crossing -------------------------------------------------------------------------
@@ -298,6 +298,7 @@ TEST(PolygonPair, OverlapAndDisjointness) {
       {"inside the hole", {square(4.5, 4.5, 1)}, 0, 1},
       {"filling the hole (A's outer vertices lie outside)", {square(4, 4, 2)}, 0, 0},
       {"crossing the outer ring", {square(8, 8, 5)}, 1, 0},
+      {"a bar across, no vertex inside either", {{{-2, 1}, {12, 1}, {12, 3}, {-2, 3}, {-2, 1}}}, 1, 0},
       {"touching at a corner", {square(10, 10, 3)}, 0, 0},
       {"sharing an edge", {square(10, 0, 5)}, 0, 0},
       {"covering all of it", {square(-1, -1, 12)}, 1, 0},
@@ -309,15 +310,6 @@ TEST(PolygonPair, OverlapAndDisjointness) {
     EXPECT_EQ(xg::polygons_disjoint(a.data(), b.data(), kRingT), c.disjoint) << c.name;
     EXPECT_EQ(xg::polygons_disjoint(b.data(), a.data(), kRingT), c.disjoint) << c.name;
   }
-}
-
-TEST(PolygonPair, RingReachesPolygonThroughASegment) {
-  // The triangle's vertices all lie outside the square; one edge cuts through it.
-  const Bytes sq = polygon({square(0, 0, 10)});
-  const RunBlob tri({{-5, 5}, {15, 5}, {15, 20}, {-5, 5}});
-  EXPECT_EQ(xg::ring_reaches_polygon(tri.run(), sq.data(), kRingT), 1);
-  const RunBlob apart({{-5, 15}, {15, 15}, {15, 20}, {-5, 15}});
-  EXPECT_EQ(xg::ring_reaches_polygon(apart.run(), sq.data(), kRingT), 0);
 }
 
 // ---- the fast locators agree with the point primitives -----------------------------------
@@ -349,5 +341,41 @@ TEST(PointLocators, AgreeWithThePointPrimitives) {
                   xgWKB_baseGeo_point_simplePolygon_relation(&p, ring.data(), count, t));
       }
     }
+  }
+}
+
+// ---- pairing segments --------------------------------------------------------------------
+
+TEST(SegmentPairs, OffersExactlyThePairsWhoseBoxesMeet) {
+  // Runs long enough for the sweep; the expected pairs come from testing every box pair.
+  std::mt19937 rng(11);
+  std::uniform_real_distribution<double> step(-3, 3);
+  auto walk = [&](int n, double x) {
+    Ring r{P(x, 0)};
+    for (int i = 1; i < n; ++i) r.push_back(P(r.back().x + step(rng), r.back().y + step(rng)));
+    return r;
+  };
+  const double t = 0.01;
+  auto meet = [t](const _xgWKB_POINT* p, uint32_t i, const _xgWKB_POINT* q, uint32_t j) {
+    return xg::boxes_meet(xg::segment_box(p[i], p[i + 1]), xg::segment_box(q[j], q[j + 1]), t);
+  };
+  for (int round = 0; round < 5; ++round) {
+    const Ring ra = walk(120, 0), rb = walk(90, 4);
+    const xg::Span a = xg::make_span(ra.data(), 120), b = xg::make_span(rb.data(), 90);
+    std::set<std::pair<uint32_t, uint32_t>> expected, got, expected_self, got_self;
+    for (uint32_t i = 0; i < 119; ++i) {
+      for (uint32_t j = 0; j < 89; ++j) {
+        if (meet(ra.data(), i, rb.data(), j)) expected.insert({i, j});
+      }
+      for (uint32_t j = i + 2; j < 119; ++j) {
+        if (meet(ra.data(), i, ra.data(), j)) expected_self.insert({i, j});
+      }
+    }
+    xg::any_segment_pair(a, b, t, [&](uint32_t i, uint32_t j) { return !got.insert({i, j}).second; });
+    xg::any_segment_pair_within(a, 2, t, [&](uint32_t i, uint32_t j) {
+      return !got_self.insert({i, j}).second;
+    });
+    EXPECT_EQ(got, expected);
+    EXPECT_EQ(got_self, expected_self);
   }
 }

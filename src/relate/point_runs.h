@@ -92,7 +92,7 @@ class ShapeRuns {
   const Span& run(uint32_t i) const { return spans_[i]; }
   const Part& part(uint32_t i) const { return parts_[i]; }
   PolySpans polygon(uint32_t part) const {
-    return PolySpans{&spans_[parts_[part].first_run], parts_[part].runs};
+    return PolySpans{spans_.data() + parts_[part].first_run, parts_[part].runs};
   }
   // The index of run i's first point in the shared buffer (segment keys of the relation engine).
   uint32_t run_offset(uint32_t i) const { return offsets_[i]; }

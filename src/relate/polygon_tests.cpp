@@ -62,7 +62,8 @@ int32_t polygons_overlap(const PolySpans& a, const PolySpans& b, double t) {
     return false;
   };
   if (some_vertex_outside(a, b) || some_vertex_outside(b, a)) return 0;
-  // Every vertex lies on the other's boundary: two such polygons count as overlapping.
+  // Intended: no ring reaches the other's interior and no vertex lies outside, so every vertex
+  // lies on the other's boundary; two such polygons count as overlapping.
   return 1;
 }
 

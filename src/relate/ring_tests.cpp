@@ -172,6 +172,7 @@ int32_t ring_overlaps_ring(const byte* ring_a, const byte* ring_b, double t) {
   return ring_overlaps_ring(load_run(ring_a, buf_a), load_run(ring_b, buf_b), t);
 }
 
+// Only vertices are examined: edges crossing each other away from any vertex are no contact here.
 int32_t lines_touch(const byte* line_a, const byte* line_b, double t) {
   if (!wkb_line_is_closed_tol(line_a, t) || !wkb_line_is_closed_tol(line_b, t)) return 0;
   PointBuffer buf_a;

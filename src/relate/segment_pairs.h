@@ -1,47 +1,125 @@
 // segment_pairs.h - the one place that pairs every segment of a run with every segment of
 // another (or of itself).
 //
-// Every all-pairs walk of the relation layer goes through these two functions, so a faster
-// candidate search (a sort-and-sweep or a segment tree) can replace the double loop here
-// without touching any caller.  Callers must therefore not depend on the order in which pairs
-// are visited.  Pairs whose boxes are apart by more than t are never offered.
+// Every all-pairs walk of the relation layer goes through these two functions.  Small inputs
+// are paired by a plain double loop; larger ones by a sort-and-sweep over the segments' x
+// extents, which offers only pairs whose boxes overlap in x and then tests y.  Callers must not
+// depend on the order in which pairs are visited.  Pairs whose boxes are apart by more than t
+// are never offered.
 #ifndef XGGEO_RELATE_SEGMENT_PAIRS_H
 #define XGGEO_RELATE_SEGMENT_PAIRS_H
 
+#include <algorithm>
 #include <cstdint>
 
 #include "relate/point_runs.h"
 
 namespace xg {
 
+namespace detail {
+
+// Below this many candidate pairs the double loop beats sorting.
+constexpr uint64_t kSweepPairs = 1024;
+
+struct SegmentKey {
+  _xgWKB_BOX box;
+  uint32_t index;  // segment index in its run
+};
+
+using SegmentKeys = SmallVec<SegmentKey, 64>;
+
+// The boxes of a run's segments, sorted by their left edge.
+inline void sorted_segment_keys(const Span& s, SegmentKeys& keys) {
+  keys.reserve(s.segments());
+  for (uint32_t i = 0; i + 1 < s.n; ++i) keys.push_back(SegmentKey{segment_box(s.p[i], s.p[i + 1]), i});
+  std::sort(keys.begin(), keys.end(),
+            [](const SegmentKey& l, const SegmentKey& r) { return l.box.minx < r.box.minx; });
+}
+
+// Offers key k every key still active in `active` whose box meets k's, dropping those that end
+// left of k (k and everything after it start farther right).  Stops when offer returns true.
+template <class Offer>
+bool sweep_step(const SegmentKey& k, const SegmentKeys& keys, SmallVec<uint32_t, 32>& active,
+                double t, Offer&& offer) {
+  std::size_t kept = 0;
+  for (std::size_t r = 0; r < active.size(); ++r) {
+    const SegmentKey& o = keys[active[r]];
+    if (o.box.maxx + t < k.box.minx) continue;
+    active[kept++] = active[r];
+    if (o.box.maxy + t < k.box.miny || o.box.miny - t > k.box.maxy) continue;
+    if (offer(o)) return true;
+  }
+  active.truncate(kept);
+  return false;
+}
+
+}  // namespace detail
+
 // Calls f(i, j) for segment i of a and segment j of b (segment i is (p[i], p[i+1])) whose boxes
 // come within t of each other.  Stops as soon as f returns true and then returns true.
 template <class F>
 bool any_segment_pair(const Span& a, const Span& b, double t, F&& f) {
   if (a.n < 2 || b.n < 2 || !boxes_meet(a.box, b.box, t)) return false;
-  for (uint32_t i = 0; i + 1 < a.n; ++i) {
-    const _xgWKB_BOX sa = segment_box(a.p[i], a.p[i + 1]);
-    if (!boxes_meet(sa, b.box, t)) continue;
-    for (uint32_t j = 0; j + 1 < b.n; ++j) {
-      if (!boxes_meet(sa, segment_box(b.p[j], b.p[j + 1]), t)) continue;
-      if (f(i, j)) return true;
+  if (uint64_t{a.segments()} * b.segments() <= detail::kSweepPairs) {
+    for (uint32_t i = 0; i + 1 < a.n; ++i) {
+      const _xgWKB_BOX sa = segment_box(a.p[i], a.p[i + 1]);
+      if (!boxes_meet(sa, b.box, t)) continue;
+      for (uint32_t j = 0; j + 1 < b.n; ++j) {
+        if (!boxes_meet(sa, segment_box(b.p[j], b.p[j + 1]), t)) continue;
+        if (f(i, j)) return true;
+      }
+    }
+    return false;
+  }
+  detail::SegmentKeys ka, kb;
+  detail::sorted_segment_keys(a, ka);
+  detail::sorted_segment_keys(b, kb);
+  SmallVec<uint32_t, 32> active_a, active_b;
+  std::size_t ia = 0, ib = 0;
+  while (ia < ka.size() || ib < kb.size()) {
+    if (ib == kb.size() || (ia < ka.size() && ka[ia].box.minx <= kb[ib].box.minx)) {
+      const detail::SegmentKey& k = ka[ia];
+      auto offer = [&](const detail::SegmentKey& o) { return f(k.index, o.index); };
+      if (detail::sweep_step(k, kb, active_b, t, offer)) return true;
+      active_a.push_back(static_cast<uint32_t>(ia++));
+    } else {
+      const detail::SegmentKey& k = kb[ib];
+      auto offer = [&](const detail::SegmentKey& o) { return f(o.index, k.index); };
+      if (detail::sweep_step(k, ka, active_a, t, offer)) return true;
+      active_b.push_back(static_cast<uint32_t>(ib++));
     }
   }
   return false;
 }
 
-// Calls f(i, j) for the pairs of segments i < j of one run with j >= i + gap whose boxes come
-// within t of each other; stops as soon as f returns true and then returns true.
+// Calls f(i, j) for the pairs of segments i < j of one run with j >= i + gap (gap >= 1) whose
+// boxes come within t of each other; stops as soon as f returns true and then returns true.
 template <class F>
 bool any_segment_pair_within(const Span& a, uint32_t gap, double t, F&& f) {
   if (a.n < 2) return false;
   const uint32_t segments = a.n - 1;
-  for (uint32_t i = 0; i + gap < segments; ++i) {
-    const _xgWKB_BOX sa = segment_box(a.p[i], a.p[i + 1]);
-    for (uint32_t j = i + gap; j < segments; ++j) {
-      if (!boxes_meet(sa, segment_box(a.p[j], a.p[j + 1]), t)) continue;
-      if (f(i, j)) return true;
+  if (uint64_t{segments} * segments <= 2 * detail::kSweepPairs) {
+    for (uint32_t i = 0; i + gap < segments; ++i) {
+      const _xgWKB_BOX sa = segment_box(a.p[i], a.p[i + 1]);
+      for (uint32_t j = i + gap; j < segments; ++j) {
+        if (!boxes_meet(sa, segment_box(a.p[j], a.p[j + 1]), t)) continue;
+        if (f(i, j)) return true;
+      }
     }
+    return false;
+  }
+  detail::SegmentKeys keys;
+  detail::sorted_segment_keys(a, keys);
+  SmallVec<uint32_t, 32> active;
+  for (std::size_t n = 0; n < keys.size(); ++n) {
+    const detail::SegmentKey& k = keys[n];
+    auto offer = [&](const detail::SegmentKey& o) {
+      const uint32_t i = std::min(k.index, o.index);
+      const uint32_t j = std::max(k.index, o.index);
+      return j - i >= gap && f(i, j);
+    };
+    if (detail::sweep_step(k, keys, active, t, offer)) return true;
+    active.push_back(static_cast<uint32_t>(n));
   }
   return false;
 }

@@ -51,6 +51,9 @@ class SmallVec {
 
   void clear() { size_ = 0; }
 
+  // Keeps the first n values (n <= size()).
+  void truncate(std::size_t n) { size_ = n; }
+
  private:
   std::size_t capacity() const { return heap_.empty() ? N : heap_.size(); }
 

@@ -1,0 +1,296 @@
+// relation_facts.cpp - locating points on lineal and areal shapes, and the contact walk that
+// finds which parts of two shapes meet.
+#include "relate/relation_facts.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "relate/planar.h"
+#include "relate/segment_pairs.h"
+
+namespace xg {
+
+// ---- operands ----------------------------------------------------------------------------
+
+bool RelateOperand::load(const byte* shape, double t) {
+  const uint32_t type = shape_type(shape);
+  if (type == XGWKB_TYPE_LINESTRING || type == XGWKB_TYPE_MULTILINESTRING) {
+    dim_ = 1;
+  } else if (type == XGWKB_TYPE_POLYGON || type == XGWKB_TYPE_MULTIPOLYGON) {
+    dim_ = 2;
+  } else {
+    return false;
+  }
+  if (!runs_.load(shape, dim_ == 2)) return false;
+  ends_.clear();
+  left_.clear();
+
+  if (dim_ == 1) {
+    // End points of open members; a point where an even number of ends meet is interior.
+    SmallVec<_xgWKB_POINT, 8> all;
+    for (uint32_t r = 0; r < runs_.run_count(); ++r) {
+      const Span& run = runs_.run(r);
+      if (run.n == 0) continue;
+      const bool closed = run.n >= 2 && wkb_point_equal_tol(run.p[0], run.p[run.n - 1], t);
+      if (closed) continue;
+      all.push_back(run.p[0]);
+      all.push_back(run.p[run.n - 1]);
+    }
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      std::size_t same = 0;
+      for (const _xgWKB_POINT& q : all) same += wkb_point_equal_tol(all[i], q, t);
+      if (same % 2 == 0) continue;
+      bool listed = false;
+      for (const _xgWKB_POINT& q : ends_) listed = listed || wkb_point_equal_tol(all[i], q, t);
+      if (!listed) ends_.push_back(all[i]);
+    }
+  } else {
+    // The interior lies left of an outer ring running counter-clockwise and of a hole running
+    // clockwise.
+    for (uint32_t part = 0; part < runs_.part_count(); ++part) {
+      const ShapeRuns::Part& pr = runs_.part(part);
+      for (uint32_t k = 0; k < pr.runs; ++k) {
+        const Span& ring = runs_.run(pr.first_run + k);
+        const bool ccw = twice_area(ring.p, ring.n) > 0;
+        left_.push_back(ccw != (k > 0) ? 1 : 0);
+      }
+    }
+  }
+  return true;
+}
+
+Loc RelateOperand::locate(const _xgWKB_POINT& p, double t, EdgeHit* hit) const {
+  return dim_ == 1 ? locate_lineal(p, t) : locate_areal(p, t, hit);
+}
+
+Loc RelateOperand::locate_on_shape(const _xgWKB_POINT& p, double t) const {
+  if (dim_ == 2) return kOn;
+  for (const _xgWKB_POINT& q : ends_) {
+    if (wkb_point_equal_tol(p, q, t)) return kOn;
+  }
+  return kIn;
+}
+
+Loc RelateOperand::locate_lineal(const _xgWKB_POINT& p, double t) const {
+  for (uint32_t r = 0; r < runs_.run_count(); ++r) {
+    const Span& run = runs_.run(r);
+    if (run.n == 0 || outside_box(p, run.box, t)) continue;
+    if (run.n == 1 && near_segment(p, run.p[0], run.p[0], t)) return locate_on_shape(p, t);
+    for (uint32_t i = 0; i + 1 < run.n; ++i) {
+      if (near_segment(p, run.p[i], run.p[i + 1], t)) return locate_on_shape(p, t);
+    }
+  }
+  return kOut;
+}
+
+Loc RelateOperand::locate_areal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const {
+  for (uint32_t part = 0; part < runs_.part_count(); ++part) {
+    const ShapeRuns::Part& pr = runs_.part(part);
+    if (pr.runs == 0 || outside_box(p, runs_.run(pr.first_run).box, t)) continue;
+    bool inside = false;
+    for (uint32_t k = 0; k < pr.runs; ++k) {
+      const uint32_t r = pr.first_run + k;
+      const Span& ring = runs_.run(r);
+      if (outside_box(p, ring.box, t)) continue;  // neither on it nor inside it
+      bool odd = false;
+      for (uint32_t i = 1; i < ring.n; ++i) {
+        const _xgWKB_POINT& a = ring.p[i - 1];
+        const _xgWKB_POINT& b = ring.p[i];
+        const bool near_box = p.y >= std::min(a.y, b.y) - t && p.y <= std::max(a.y, b.y) + t &&
+                              p.x >= std::min(a.x, b.x) - t && p.x <= std::max(a.x, b.x) + t;
+        if (near_box && near_segment(p, a, b, t)) {
+          if (hit) *hit = EdgeHit{a, b, interior_left(r)};
+          return kOn;
+        }
+        if ((a.y > p.y) != (b.y > p.y) && p.x < a.x + (p.y - a.y) * (b.x - a.x) / (b.y - a.y)) {
+          odd = !odd;
+        }
+      }
+      if (k == 0) {
+        if (!odd) break;  // outside this polygon's outer ring, so off its holes as well
+        inside = true;
+      } else if (odd) {
+        inside = false;  // in a hole
+        break;
+      }
+    }
+    if (inside) return kIn;
+  }
+  return kOut;
+}
+
+// ---- the contact walk --------------------------------------------------------------------
+
+namespace {
+
+// A place where the second shape comes within t of segment seg of the first: at parameter u
+// along the segment; on_second is the matching point of the second shape.
+struct Contact {
+  uint32_t seg;
+  double u;
+  _xgWKB_POINT on_second;
+};
+
+class ContactWalk {
+ public:
+  ContactWalk(const RelateOperand& x, const RelateOperand& y, double t, bool transposed,
+              FactQuery q, FactBits* facts)
+      : x_(x), y_(y), t_(t), transposed_(transposed), q_(q), facts_(facts) {}
+
+  // Walks x's segments against y; returns true once the query is decided.
+  bool run() {
+    if (x_.dim() == 1) {
+      for (const _xgWKB_POINT& e : x_.boundary_points()) {
+        if (note(kOn, y_.locate(e, t_, nullptr))) return true;
+      }
+    }
+    collect_contacts();
+    return walk();
+  }
+
+ private:
+  bool decided() const {
+    return (*facts_ & q_.stop_any) != 0 ||
+           (q_.stop_all != 0 && (*facts_ & q_.stop_all) == q_.stop_all);
+  }
+
+  bool note(Loc lx, Loc ly) {
+    *facts_ |= transposed_ ? fact(ly, lx) : fact(lx, ly);
+    return decided();
+  }
+
+  void collect_contacts() {
+    const ShapeRuns& xs = x_.runs();
+    const ShapeRuns& ys = y_.runs();
+    for (uint32_t rx = 0; rx < xs.run_count(); ++rx) {
+      const Span& a = xs.run(rx);
+      const uint32_t base = xs.run_offset(rx);
+      for (uint32_t ry = 0; ry < ys.run_count(); ++ry) {
+        const Span& b = ys.run(ry);
+        if (b.n == 1) {  // a lone point of a degenerate member
+          for (uint32_t i = 0; i + 1 < a.n; ++i) add_point_contact(base + i, a.p[i], a.p[i + 1], b.p[0]);
+          continue;
+        }
+        any_segment_pair(a, b, t_, [&](uint32_t i, uint32_t j) {
+          add_contacts(base + i, a.p[i], a.p[i + 1], b.p[j], b.p[j + 1]);
+          return false;
+        });
+      }
+    }
+    std::sort(contacts_.begin(), contacts_.end(), [](const Contact& l, const Contact& r) {
+      return l.seg != r.seg ? l.seg < r.seg : l.u < r.u;
+    });
+  }
+
+  void add_point_contact(uint32_t seg, const _xgWKB_POINT& p, const _xgWKB_POINT& q,
+                         const _xgWKB_POINT& c) {
+    if (near_segment(c, p, q, t_)) contacts_.push_back(Contact{seg, project(c, p, q), c});
+  }
+
+  // Everything segment (p, q) of x and segment (c, d) of y have within t of each other: ends of
+  // either near the other, and a crossing of their interiors.
+  void add_contacts(uint32_t seg, const _xgWKB_POINT& p, const _xgWKB_POINT& q,
+                    const _xgWKB_POINT& c, const _xgWKB_POINT& d) {
+    add_point_contact(seg, p, q, c);
+    add_point_contact(seg, p, q, d);
+    if (near_segment(p, c, d, t_)) contacts_.push_back(Contact{seg, 0, lerp(c, d, project(p, c, d))});
+    if (near_segment(q, c, d, t_)) contacts_.push_back(Contact{seg, 1, lerp(c, d, project(q, c, d))});
+    const double s1 = cross3(p, q, c);
+    const double s2 = cross3(p, q, d);
+    const double s3 = cross3(c, d, p);
+    const double s4 = cross3(c, d, q);
+    if (((s1 > 0 && s2 < 0) || (s1 < 0 && s2 > 0)) && ((s3 > 0 && s4 < 0) || (s3 < 0 && s4 > 0))) {
+      const double u = s3 / (s3 - s4);
+      contacts_.push_back(Contact{seg, u, lerp(p, q, u)});
+    }
+  }
+
+  // The stretch of a boundary segment (p, q) of areal x lies at ly in areal y.
+  bool boundary_stretch(Loc ly, const EdgeHit& hit, const _xgWKB_POINT& p, const _xgWKB_POINT& q,
+                        bool x_left) {
+    if (note(kOn, ly)) return true;
+    if (ly == kIn) return note(kIn, kIn) || note(kOut, kIn);  // x's two sides both inside y
+    if (ly == kOut) return note(kIn, kOut);                   // x's interior side outside y
+    if (y_.dim() != 2) return false;
+    // A shared stretch: the interiors lie on the same side or on opposite sides of it.
+    const double ux = q.x - p.x, uy = q.y - p.y, vx = hit.b.x - hit.a.x, vy = hit.b.y - hit.a.y;
+    const double along = ux * vx + uy * vy;
+    const double lengths = std::sqrt((ux * ux + uy * uy) * (vx * vx + vy * vy));
+    if (std::fabs(along) < 0.5 * lengths) return false;  // not running along that edge
+    const bool y_left = along > 0 ? hit.interior_left : !hit.interior_left;
+    if (y_left == x_left) return note(kIn, kIn);
+    return note(kIn, kOut) || note(kOut, kIn);
+  }
+
+  bool stretch(Loc ly, const EdgeHit& hit, const _xgWKB_POINT& p, const _xgWKB_POINT& q, bool x_left) {
+    if (x_.dim() == 2) return boundary_stretch(ly, hit, p, q, x_left);
+    if (ly == kIn && y_.dim() == 1) *facts_ |= kSharedStretch;
+    return note(kIn, ly);
+  }
+
+  bool walk() {
+    const ShapeRuns& xs = x_.runs();
+    const _xgWKB_POINT* pts = xs.points();
+    std::size_t ci = 0;
+    for (uint32_t r = 0; r < xs.run_count(); ++r) {
+      const Span& run = xs.run(r);
+      const uint32_t base = xs.run_offset(r);
+      const bool x_left = x_.dim() == 2 && x_.interior_left(r);
+      bool known = false;  // loc / hit hold the location since the last cut
+      Loc loc = kOut;
+      EdgeHit hit{};
+      for (uint32_t i = 0; i + 1 < run.n; ++i) {
+        const uint32_t seg = base + i;
+        const _xgWKB_POINT& p = pts[seg];
+        const _xgWKB_POINT& q = pts[seg + 1];
+        const double len = std::sqrt(dist2(p, q));
+        // Stretches this short carry no location of their own (cuts closer than t are one).
+        const double shortest =
+            std::max(t_, 1e-13 * (len + std::fabs(p.x) + std::fabs(p.y)));
+        double from = 0;
+        auto finish_stretch = [&](double to) {
+          if ((to - from) * len <= shortest) return false;
+          if (!known) {
+            loc = y_.locate(lerp(p, q, 0.5 * (from + to)), t_, &hit);
+            known = true;
+          }
+          return stretch(loc, hit, p, q, x_left);
+        };
+        while (ci < contacts_.size() && contacts_[ci].seg == seg) {
+          const Contact& c = contacts_[ci++];
+          if (finish_stretch(c.u)) return true;
+          const _xgWKB_POINT at = c.u == 0 ? p : (c.u == 1 ? q : lerp(p, q, c.u));
+          if (note(x_.locate_on_shape(at, t_), y_.locate_on_shape(c.on_second, t_))) return true;
+          known = false;
+          from = std::max(from, c.u);
+        }
+        if (len > 0 && finish_stretch(1.0)) return true;
+      }
+    }
+    return false;
+  }
+
+  const RelateOperand& x_;
+  const RelateOperand& y_;
+  const double t_;
+  const bool transposed_;
+  const FactQuery q_;
+  FactBits* facts_;
+  SmallVec<Contact, 32> contacts_;
+};
+
+}  // namespace
+
+FactBits relate_facts(const RelateOperand& a, const RelateOperand& b, double t, FactQuery q) {
+  FactBits facts = 0;
+  if (ContactWalk(a, b, t, false, q, &facts).run()) return facts;
+  // The walk over b is needed for two areal shapes (b's boundary inside a), and for two lineal
+  // ones only when the query asks where b's interior leaves a.
+  const FactBits first_exterior = fact(kOut, kIn) | fact(kOut, kOn) | fact(kOut, kOut);
+  const bool second_walk =
+      a.dim() == b.dim() && (a.dim() == 2 || ((q.stop_any | q.stop_all) & first_exterior) != 0);
+  if (second_walk) ContactWalk(b, a, t, true, q, &facts).run();
+  return facts;
+}
+
+}  // namespace xg

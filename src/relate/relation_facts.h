@@ -1,0 +1,86 @@
+// relation_facts.h - which parts of two lineal or areal shapes meet.
+//
+// The predicates between lines and polygons are defined, as usual, by which of the interior,
+// boundary and exterior of the one shape meet which of the other.  relate_facts() finds those
+// facts with tolerance t:
+//   - every segment of the first shape is cut where the second comes within t of it (crossings,
+//     vertices of either lying on the other); each cut point is a contact, located on both
+//     shapes; each stretch between cuts lies wholly inside, on or outside the second shape and
+//     is located once by its midpoint (the location only changes at a cut, so runs of uncut
+//     segments share one location);
+//   - the boundary points of a lineal first shape (ends of its open members, counted modulo 2)
+//     are located in the second;
+//   - for two areal shapes the same walk is made over the second's boundary as well; a stretch
+//     of boundary inside the other shape, outside it, or shared with it (interiors on the same
+//     or opposite sides, told by the rings' orientation) gives the interior facts, since two
+//     regions whose boundaries keep off each other cannot share interior points.
+// Boundary contacts within t count: a vertex within t of an edge touches it.
+#ifndef XGGEO_RELATE_RELATION_FACTS_H
+#define XGGEO_RELATE_RELATION_FACTS_H
+
+#include <cstdint>
+
+#include "relate/point_runs.h"
+
+namespace xg {
+
+enum Loc : uint8_t { kIn = 0, kOn = 1, kOut = 2 };  // interior, boundary, exterior
+
+// Bit 3a + b: the first shape's part a meets the second shape's part b.
+using FactBits = uint32_t;
+constexpr FactBits fact(Loc a, Loc b) { return 1u << (3 * a + b); }
+// The interiors of two lineal shapes share a stretch (not only isolated points).
+constexpr FactBits kSharedStretch = 1u << 9;
+constexpr FactBits kFirstMeetsSecond =
+    fact(kIn, kIn) | fact(kIn, kOn) | fact(kOn, kIn) | fact(kOn, kOn);
+
+// What the caller needs: the search stops once any bit of stop_any, or every bit of stop_all
+// (when not 0), has been found; the predicate is decided then.
+struct FactQuery {
+  FactBits stop_any;
+  FactBits stop_all;
+};
+
+// The boundary edge a point was found on.
+struct EdgeHit {
+  _xgWKB_POINT a, b;
+  bool interior_left;  // the shape's interior lies left of a -> b
+};
+
+// One operand: a linestring, multilinestring, polygon or multipolygon.
+class RelateOperand {
+ public:
+  // False for any other type or a malformed multi-type.
+  bool load(const byte* shape, double t);
+
+  int dim() const { return dim_; }
+  const ShapeRuns& runs() const { return runs_; }
+  bool interior_left(uint32_t run) const { return left_[run] != 0; }
+
+  // Where p lies: interior, boundary or exterior, with tolerance t.  For a point on the boundary
+  // of an areal shape, *hit receives the edge.
+  Loc locate(const _xgWKB_POINT& p, double t, EdgeHit* hit) const;
+
+  // Where a point already known to lie on the shape lies: a lineal shape's boundary points are
+  // the ends of its open members that occur an odd number of times; an areal shape is met on
+  // its boundary.
+  Loc locate_on_shape(const _xgWKB_POINT& p, double t) const;
+
+  const SmallVec<_xgWKB_POINT, 8>& boundary_points() const { return ends_; }
+
+ private:
+  Loc locate_lineal(const _xgWKB_POINT& p, double t) const;
+  Loc locate_areal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const;
+
+  int dim_ = 0;
+  ShapeRuns runs_;
+  SmallVec<_xgWKB_POINT, 8> ends_;
+  SmallVec<uint8_t, 8> left_;
+};
+
+// The facts between a and b (a's dimension not above b's), searched until q is decided.
+FactBits relate_facts(const RelateOperand& a, const RelateOperand& b, double t, FactQuery q);
+
+}  // namespace xg
+
+#endif  // XGGEO_RELATE_RELATION_FACTS_H
