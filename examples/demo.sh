@@ -64,6 +64,33 @@ show() {
 show "The operations the tool knows today"
 run --help
 
+parcel="polygon ((0 0,0 10,10 10,10 0,0 0),(4 4,6 4,6 6,4 6,4 4))"
+road="linestring (-5 5,15 5)"
+
+show "The typical request: a parcel with a courtyard, measured, checked and tested against a road"
+run wkt -a "$parcel"
+run area -a "$parcel"
+run length -a "$parcel"
+run valid -a "$parcel"
+run intersects -a "$road" -b "$parcel"
+run crosses -a "$road" -b "$parcel"
+run within -a "$road" -b "$parcel"
+
+show "Each line of a file against the parcel; a vertex 0.00005 off its edge touches within 0.0001"
+run intersects -a @data/lines.wkt -b "$parcel"
+run touches 0.0001 -a "point (10.00005 3)" -b "$parcel"
+
+show "Shapes derived from the parcel: moved, mirrored about x = y, its rings as lines, its centroid"
+run move 100 0 -a "$parcel"
+run mirror 0 0 1 1 -a "$parcel"
+run asline -a "$parcel"
+run centroid -a "$parcel"
+
+show "A bow-tie is refused with the rule it breaks; a circle and a rectangle built from numbers"
+run valid -a "polygon ((0 0,10 10,10 0,0 10,0 0))"
+run circle 0 0 1 8
+run rect 0 0 4 2
+
 show "A polygon given on the command line, read and written back in the library's dialect"
 run wkt -a "polygon ((0 0,10 0,10 10,0 10,0 0))"
 

@@ -139,3 +139,13 @@ TEST(XggeoTool, ConstructionMetricsValidationAndTransformOperations) {
   EXPECT_EQ(bowtie.out, "false -155 \xE7\xBA\xBF\xE6\x88\x96\xE9\x9D\xA2\xE7\x9A\x84\xE8\xBE\xB9\xE7\x95\x8C\xE8\x87\xAA\xE4\xBA\xA4\n");
   EXPECT_EQ(xggeo("circle 0 0 -1").exit_code, 1);  // -66: negative radius
 }
+
+TEST(XggeoTool, RelationOperationsPairEachGeometryWithB) {
+  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
+  const std::string square = " -b 'polygon ((0 0,10 0,10 10,0 10,0 0))'";
+  EXPECT_EQ(xggeo("within" + square, "point (5 5)\npoint (10 5)\npoint (15 5)\n").out, "true\nfalse\nfalse\n");
+  EXPECT_EQ(xggeo("touches" + square, "point (5 5)\npoint (10 5)\n").out, "false\ntrue\n");
+  EXPECT_EQ(xggeo("crosses -a 'linestring (-5 5,15 5)'" + square).out, "true\n");
+  EXPECT_EQ(xggeo("touches 0.0001 -a 'point (10.00005 3)'" + square).out, "true\n");
+  EXPECT_EQ(xggeo("touches 0.00001 -a 'point (10.00005 3)'" + square).out, "false\n");
+}

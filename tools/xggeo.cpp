@@ -85,7 +85,11 @@ void print_help(std::FILE* to) {
     if (op.arg_help[0] != '\0') head += std::string(" ") + op.arg_help;
     if (op.inputs == Inputs::kShapes) head += " (-a, -b)";
     if (op.inputs == Inputs::kNone) head += " (no -a)";
-    std::fprintf(to, "  %-26s %s\n", head.c_str(), op.summary);
+    if (head.size() > 26) {
+      std::fprintf(to, "  %s\n  %-26s %s\n", head.c_str(), "", op.summary);
+    } else {
+      std::fprintf(to, "  %-26s %s\n", head.c_str(), op.summary);
+    }
   }
   std::fprintf(to,
                "\nexit status: 0 success, 1 some geometry failed (its status code and message are\n"

@@ -231,6 +231,17 @@ int32_t op_mirror(const Operands& in, const Args& args, Output& out) {
   return derived(out, [&](unsigned char** r) { return xgWKB_shape_mirror(in.a, &p1, &p2, r, args.real_or(4, 0.0001)); });
 }
 
+// ---- Relations between two shapes ------------------------------------------------------------
+
+using Predicate = int32_t (*)(const unsigned char*, const unsigned char*, double);
+
+// Prints whether the predicate holds for -a against -b with tolerance TOL (default 0.0001).
+template <Predicate predicate>
+int32_t relation(const Operands& in, const Args& args, Output& out) {
+  out.boolean(predicate(in.a, in.b, args.real_or(0, 0.0001)) == 1);
+  return XGWKB_OK;
+}
+
 }  // namespace
 
 const Op kOperations[] = {
@@ -277,6 +288,19 @@ const Op kOperations[] = {
     {"stretch", Inputs::kShape, 4, 4, "BX BY FX FY", "the shape scaled by FX FY about BX BY", op_stretch},
     {"mirror", Inputs::kShape, 4, 5, "X1 Y1 X2 Y2 [TOL]", "mirror image about the line X1 Y1 - X2 Y2",
      op_mirror},
+    // Relations between two shapes
+    {"disjoint", Inputs::kShapes, 0, 1, "[TOL]", "whether -a and -b have no point in common",
+     relation<xgWKB_shape_is_disjoint>},
+    {"intersects", Inputs::kShapes, 0, 1, "[TOL]", "whether -a and -b have a point in common",
+     relation<xgWKB_shape_is_intersecting>},
+    {"within", Inputs::kShapes, 0, 1, "[TOL]", "whether -a lies within -b", relation<xgWKB_shape_is_within>},
+    {"contains", Inputs::kShapes, 0, 1, "[TOL]", "whether -a contains -b", relation<xgWKB_shape_is_containing>},
+    {"crosses", Inputs::kShapes, 0, 1, "[TOL]", "whether -a crosses -b", relation<xgWKB_shape_is_crossing>},
+    {"overlaps", Inputs::kShapes, 0, 1, "[TOL]", "whether -a and -b overlap", relation<xgWKB_shape_is_overlapping>},
+    {"touches", Inputs::kShapes, 0, 1, "[TOL]", "whether -a and -b meet only on their boundaries",
+     relation<xgWKB_shape_is_touching>},
+    {"equals", Inputs::kShapes, 0, 1, "[TOL]", "whether -a and -b have the same vertices within TOL",
+     relation<xgWKB_shape_is_equal>},
 };
 
 const std::size_t kOperationCount = sizeof kOperations / sizeof kOperations[0];
