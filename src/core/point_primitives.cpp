@@ -5,9 +5,45 @@
 
 #include "core/angles.h"
 #include "core/blob.h"
+#include "core/point_primitives.h"
 #include "core/rotation.h"
 
 using namespace xg;
+
+namespace xg {
+
+int32_t locate_on_run(const _xgWKB_POINT& p, const _xgWKB_POINT* pts, uint32_t n, double t) {
+  if (n == 0) return 0;
+  if (wkb_point_equal_tol(p, pts[0], t)) return -1;
+  for (uint32_t i = 1; i < n; ++i) {
+    // A vertex is tested before the segment that ends at it.
+    if (wkb_point_equal_tol(p, pts[i], t)) return -static_cast<int32_t>(i + 1);
+    if (segment_relation(p, pts[i - 1], pts[i], t) == 1) return static_cast<int32_t>(i);
+  }
+  return 0;
+}
+
+int32_t ring_relation(const _xgWKB_POINT& p, const _xgWKB_POINT* pts, uint32_t n, double t) {
+  // Crossing parity over the n-1 stored edges; the ring is expected closed, no closing edge is
+  // added.  An edge counts when it crosses the horizontal through p strictly right of p; the
+  // half-open rule on y (lower end in, upper end out) counts a vertex on that line once.
+  int32_t inside = 0;
+  for (uint32_t i = 1; i < n; ++i) {
+    const _xgWKB_POINT& prev = pts[i - 1];
+    const _xgWKB_POINT& cur = pts[i];
+    if (segment_relation(p, cur, prev, t) > 0) return 2;  // on an edge or at its ends; cur first
+    const double lhs = (prev.x - cur.x) * (p.y - cur.y);
+    const double rhs = (prev.y - cur.y) * (p.x - cur.x);
+    if (cur.y <= p.y && p.y < prev.y) {
+      if (lhs > rhs) inside ^= 1;
+    } else if (prev.y <= p.y && p.y < cur.y) {
+      if (lhs < rhs) inside ^= 1;
+    }
+  }
+  return inside;
+}
+
+}  // namespace xg
 
 extern "C" {
 
@@ -69,14 +105,7 @@ int32_t xgWKB_baseGeo_point_line_relation(const _xgWKB_POINT* p, const _xgWKB_PO
 
 int32_t xgWKB_baseGeo_point_linestring_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* pts,
                                                 int32_t n, double tol) {
-  if (n <= 0) return 0;
-  if (xgWKB_baseGeo_point_is_equal(p, &pts[0], tol)) return -1;
-  for (int32_t i = 1; i < n; ++i) {
-    // A vertex is tested before the segment that ends at it.
-    if (xgWKB_baseGeo_point_is_equal(p, &pts[i], tol)) return ~i;
-    if (xgWKB_baseGeo_point_line_relation(p, &pts[i - 1], &pts[i], tol) == 1) return i;
-  }
-  return 0;
+  return n > 0 ? locate_on_run(*p, pts, static_cast<uint32_t>(n), tol) : 0;
 }
 
 int32_t xgWKB_baseGeo_linestring_is_closed(const _xgWKB_POINT* pts, int32_t n, double tol) {
@@ -86,23 +115,7 @@ int32_t xgWKB_baseGeo_linestring_is_closed(const _xgWKB_POINT* pts, int32_t n, d
 
 int32_t xgWKB_baseGeo_point_simplePolygon_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* pts,
                                                    int32_t n, double tol) {
-  // Crossing parity over the n-1 stored edges; the ring is expected closed, no closing edge is
-  // added.  An edge counts when it crosses the horizontal through p strictly right of p; the
-  // half-open rule on y (lower end in, upper end out) counts a vertex on that line once.
-  int32_t inside = 0;
-  for (int32_t i = 1; i < n; ++i) {
-    const _xgWKB_POINT& prev = pts[i - 1];
-    const _xgWKB_POINT& cur = pts[i];
-    if (xgWKB_baseGeo_point_line_relation(p, &cur, &prev, tol) > 0) return 2;
-    const double lhs = (prev.x - cur.x) * (p->y - cur.y);
-    const double rhs = (prev.y - cur.y) * (p->x - cur.x);
-    if (cur.y <= p->y && p->y < prev.y) {
-      if (lhs > rhs) inside ^= 1;
-    } else if (prev.y <= p->y && p->y < cur.y) {
-      if (lhs < rhs) inside ^= 1;
-    }
-  }
-  return inside;
+  return n > 0 ? ring_relation(*p, pts, static_cast<uint32_t>(n), tol) : 0;
 }
 
 }  // extern "C"

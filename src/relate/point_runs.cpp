@@ -127,39 +127,4 @@ bool ShapeRuns::load(const byte* shape, bool close_rings) {
   return true;
 }
 
-int32_t segment_relation(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
-                         double t) {
-  if (!may_touch_segment(p, a, b, t)) return 0;
-  return xgWKB_baseGeo_point_line_relation(&p, &a, &b, t);
-}
-
-int32_t locate_on_run(const _xgWKB_POINT& p, const Span& run, double t) {
-  if (run.n == 0) return 0;  // nothing to locate on (the primitive would read vertex 1)
-  if (wkb_point_equal_tol(p, run.p[0], t)) return -1;
-  for (uint32_t i = 1; i < run.n; ++i) {
-    if (wkb_point_equal_tol(p, run.p[i], t)) return -static_cast<int32_t>(i + 1);
-    if (segment_relation(p, run.p[i - 1], run.p[i], t) == 1) return static_cast<int32_t>(i);
-  }
-  return 0;
-}
-
-int32_t ring_relation(const _xgWKB_POINT& p, const Span& ring, double t) {
-  // Crossing parity over the stored edges, as the point primitive counts it: an edge counts
-  // when it crosses the horizontal through p strictly right of p, lower end in, upper end out.
-  int32_t inside = 0;
-  for (uint32_t i = 1; i < ring.n; ++i) {
-    const _xgWKB_POINT& prev = ring.p[i - 1];
-    const _xgWKB_POINT& cur = ring.p[i];
-    if (segment_relation(p, cur, prev, t) > 0) return 2;  // cur first, as the primitive does
-    const double lhs = (prev.x - cur.x) * (p.y - cur.y);
-    const double rhs = (prev.y - cur.y) * (p.x - cur.x);
-    if (cur.y <= p.y && p.y < prev.y) {
-      if (lhs > rhs) inside ^= 1;
-    } else if (prev.y <= p.y && p.y < cur.y) {
-      if (lhs < rhs) inside ^= 1;
-    }
-  }
-  return inside;
-}
-
 }  // namespace xg

@@ -2,10 +2,7 @@
 //
 // Blob coordinates sit at odd offsets, so the relation code copies a shape's runs once into an
 // aligned buffer (ShapeRuns) and then works on Spans: a pointer, a count and the run's box.
-// This header also holds the two point locators every relation test needs, in the exact sense
-// of the point primitives but with a box test in front of the expensive per-edge relation:
-//   locate_on_run  - the answer of xgWKB_baseGeo_point_linestring_relation,
-//   ring_relation  - the answer of xgWKB_baseGeo_point_simplePolygon_relation.
+// The point locators of the point primitives (locate_on_run, ring_relation) take spans here.
 #ifndef XGGEO_RELATE_POINT_RUNS_H
 #define XGGEO_RELATE_POINT_RUNS_H
 
@@ -13,6 +10,7 @@
 #include <limits>
 
 #include "core/blob.h"
+#include "core/point_primitives.h"
 #include "relate/small_vec.h"
 
 namespace xg {
@@ -113,36 +111,14 @@ Span load_run(const byte* run, PointBuffer& buf);
 
 // ---- point locators ----------------------------------------------------------------------
 
-// False only when xgWKB_baseGeo_point_line_relation(p, a, b, t) is certainly not positive, so
-// the exact relation need not be computed.  The relation matches the ends within the fixed
-// 0.0001 and measures in a frame whose angle carries single-precision constants (an error of
-// some 2e-7 radians), so the box of the segment is grown by t, 0.0001 and 1e-6 of its size.
-inline bool may_touch_segment(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
-                              double t) {
-  const double tt = t > 0 ? t : 0;
-  const double dx = b.x > a.x ? b.x - a.x : a.x - b.x;
-  const double dy = b.y > a.y ? b.y - a.y : a.y - b.y;
-  const double g = 1.5 * tt + kFixedTolerance + 1e-6 * (dx + dy);
-  const double minx = a.x < b.x ? a.x : b.x;
-  const double maxx = a.x < b.x ? b.x : a.x;
-  const double miny = a.y < b.y ? a.y : b.y;
-  const double maxy = a.y < b.y ? b.y : a.y;
-  return !(p.x < minx - g || p.x > maxx + g || p.y < miny - g || p.y > maxy + g);
+// The point locators of the point primitives on a span (see core/point_primitives.h).
+inline int32_t locate_on_run(const _xgWKB_POINT& p, const Span& run, double t) {
+  return locate_on_run(p, run.p, run.n, t);
 }
 
-// The point-on-segment relation of the point primitives (1 on, 2 at a, 3 at b, 0 off, -1 / -2
-// beyond the ends), with the box test in front.  A point failing the box test answers 0.
-int32_t segment_relation(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
-                         double t);
-
-// Locates p on a run: -1 at vertex 1, -k at vertex k, +i inside segment i (vertices tested
-// before the segment that ends there), 0 off the run.  Same answer as the point primitive
-// xgWKB_baseGeo_point_linestring_relation.
-int32_t locate_on_run(const _xgWKB_POINT& p, const Span& run, double t);
-
-// Point against a ring: 0 outside, 1 inside, 2 on the boundary.  Same answer as the point
-// primitive xgWKB_baseGeo_point_simplePolygon_relation (edges of the stored points only).
-int32_t ring_relation(const _xgWKB_POINT& p, const Span& ring, double t);
+inline int32_t ring_relation(const _xgWKB_POINT& p, const Span& ring, double t) {
+  return ring_relation(p, ring.p, ring.n, t);
+}
 
 }  // namespace xg
 

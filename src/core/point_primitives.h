@@ -1,0 +1,47 @@
+// point_primitives.h - the point locators behind the point primitives, for internal callers
+// that hold aligned point arrays (the relation tests among them).
+#ifndef XGGEO_CORE_POINT_PRIMITIVES_H
+#define XGGEO_CORE_POINT_PRIMITIVES_H
+
+#include <cstdint>
+
+#include "core/blob.h"
+
+namespace xg {
+
+// False only when xgWKB_baseGeo_point_line_relation(p, a, b, t) is certainly not positive, so
+// the exact relation need not be computed.  The relation matches the ends within the fixed
+// 0.0001 and measures in a frame whose angle carries single-precision constants (an error of
+// some 2e-7 radians), so the box of the segment is grown by t, 0.0001 and 1e-6 of its size.
+inline bool may_touch_segment(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
+                              double t) {
+  const double tt = t > 0 ? t : 0;
+  const double dx = b.x > a.x ? b.x - a.x : a.x - b.x;
+  const double dy = b.y > a.y ? b.y - a.y : a.y - b.y;
+  const double g = 1.5 * tt + kFixedTolerance + 1e-6 * (dx + dy);
+  const double minx = a.x < b.x ? a.x : b.x;
+  const double maxx = a.x < b.x ? b.x : a.x;
+  const double miny = a.y < b.y ? a.y : b.y;
+  const double maxy = a.y < b.y ? b.y : a.y;
+  return !(p.x < minx - g || p.x > maxx + g || p.y < miny - g || p.y > maxy + g);
+}
+
+// xgWKB_baseGeo_point_line_relation with the box test in front: 1 on the segment, 2 at a, 3 at
+// b, 0 off the line, -1 / -2 beyond the ends; a point failing the box test answers 0.
+inline int32_t segment_relation(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
+                                double t) {
+  if (!may_touch_segment(p, a, b, t)) return 0;
+  return xgWKB_baseGeo_point_line_relation(&p, &a, &b, t);
+}
+
+// Locates p on the run pts[0..n-1]: -(k+1) at vertex k, i inside the segment ending at vertex i
+// (vertices tested before the segment that ends there), 0 off the run.
+int32_t locate_on_run(const _xgWKB_POINT& p, const _xgWKB_POINT* pts, uint32_t n, double t);
+
+// Point against the ring pts[0..n-1] by crossing parity over its stored edges (no closing edge
+// is added): 0 outside, 1 inside, 2 on the boundary.
+int32_t ring_relation(const _xgWKB_POINT& p, const _xgWKB_POINT* pts, uint32_t n, double t);
+
+}  // namespace xg
+
+#endif  // XGGEO_CORE_POINT_PRIMITIVES_H
