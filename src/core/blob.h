@@ -133,6 +133,29 @@ inline PointRun line_run(const byte* line) { return PointRun{line + kHeaderSize}
 // type.  Returns XGWKB_OK with *size set, or XGWKB_E_INVALID_SHAPE (size untouched).
 int32_t geometry_size(const byte* shape, uint32_t* size);
 
+// Size of a blob of type 1-6 holding `points` points (multipoint: members) in `runs` counted
+// runs (linestrings of a multilinestring, rings of polygons) over `polygons` member polygons;
+// 0 for any other type.  Computed in 64 bits so that callers can test it against their limits.
+inline uint64_t geometry_size_for(uint32_t type, uint64_t points, uint64_t runs, uint64_t polygons) {
+  const uint64_t coords = kCoordSize * points;
+  switch (type) {
+    case XGWKB_TYPE_POINT:
+      return kPointBlobSize;
+    case XGWKB_TYPE_LINESTRING:
+      return kCountedHeaderSize + coords;
+    case XGWKB_TYPE_POLYGON:
+      return kCountedHeaderSize + 4 * runs + coords;
+    case XGWKB_TYPE_MULTIPOINT:
+      return kCountedHeaderSize + kPointBlobSize * points;
+    case XGWKB_TYPE_MULTILINESTRING:
+      return kCountedHeaderSize + kCountedHeaderSize * runs + coords;
+    case XGWKB_TYPE_MULTIPOLYGON:
+      return kCountedHeaderSize + kCountedHeaderSize * polygons + 4 * runs + coords;
+    default:
+      return 0;
+  }
+}
+
 // Size of a member blob whose type has already been vetted by the caller's walk; 0 for a blob
 // whose type is not 1-6 (walkers stop there rather than loop).
 inline std::size_t member_size(const byte* member) {

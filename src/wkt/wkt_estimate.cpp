@@ -67,25 +67,8 @@ int64_t estimate_wkt_blob_size(const char* text, uint32_t type) {
   if (p == nullptr) return kGiveUp;
   Counts c;
   if (!scan(p, depth, c)) return kGiveUp;
-  int64_t size = 0;
-  switch (type) {
-    case XGWKB_TYPE_LINESTRING:
-      size = 16 * c.points + 9;
-      break;
-    case XGWKB_TYPE_MULTIPOINT:
-      size = 21 * c.points + 9;
-      break;
-    case XGWKB_TYPE_MULTILINESTRING:
-      size = 16 * c.points + 9 * c.runs + 9;
-      break;
-    case XGWKB_TYPE_POLYGON:
-      size = 16 * c.points + 4 * c.runs + 9;
-      break;
-    default:
-      size = 16 * c.points + 4 * c.runs + 9 * c.polygons + 9;
-      break;
-  }
-  return size > INT32_MAX ? kGiveUp : size;
+  const uint64_t size = geometry_size_for(type, c.points, c.runs, c.polygons);
+  return size > INT32_MAX ? kGiveUp : static_cast<int64_t>(size);
 }
 
 }  // namespace xg

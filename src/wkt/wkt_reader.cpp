@@ -141,34 +141,11 @@ byte* build_blob(uint32_t type, const Gathered& g) {
   const std::size_t points = g.points.size();
   const std::size_t runs = g.run_points.size();
   const std::size_t polygons = g.polygon_rings.size();
-  std::size_t size = 0;
-  std::size_t filled = 0;
-  switch (type) {
-    case XGWKB_TYPE_POINT:
-      size = filled = kPointBlobSize;
-      break;
-    case XGWKB_TYPE_LINESTRING:
-      // Intended: a linestring gets 21 bytes per point, as a multipoint would; only 16 per point
-      // are filled and the rest is zeroed.
-      size = 21 * points + kCountedHeaderSize;
-      filled = kCoordSize * points + kCountedHeaderSize;
-      break;
-    case XGWKB_TYPE_MULTIPOINT:
-      size = filled = kPointBlobSize * points + kCountedHeaderSize;
-      break;
-    case XGWKB_TYPE_MULTILINESTRING:
-      size = filled = kCoordSize * points + kCountedHeaderSize * runs + kCountedHeaderSize;
-      break;
-    case XGWKB_TYPE_POLYGON:
-      size = filled = kCoordSize * points + 4 * runs + kCountedHeaderSize;
-      break;
-    case XGWKB_TYPE_MULTIPOLYGON:
-      size = filled =
-          kCoordSize * points + 4 * runs + kCountedHeaderSize * polygons + kCountedHeaderSize;
-      break;
-    default:
-      return nullptr;
-  }
+  if (!is_geometry_type(type)) return nullptr;
+  const std::size_t filled = static_cast<std::size_t>(geometry_size_for(type, points, runs, polygons));
+  // Intended: a linestring gets 21 bytes per point, as a multipoint would; only 16 per point
+  // are filled and the rest is zeroed.
+  const std::size_t size = type == XGWKB_TYPE_LINESTRING ? kPointBlobSize * points + kCountedHeaderSize : filled;
   byte* blob = blob_alloc(size);
   if (blob == nullptr) return nullptr;
   BlobWriter w(blob);
