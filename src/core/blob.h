@@ -263,6 +263,15 @@ void for_each_coord(B* shape, F&& f) {
 // Every blob and string handed to a caller comes from malloc and is released with free.
 inline byte* blob_alloc(std::size_t size) { return static_cast<byte*>(std::malloc(size)); }
 
+// A fresh copy of the first size bytes of blob into *out; XGWKB_E_FAILED when memory runs out.
+inline int32_t blob_copy(const byte* blob, std::size_t size, byte** out) {
+  byte* copy = blob_alloc(size);
+  if (copy == nullptr) return XGWKB_E_FAILED;
+  std::memcpy(copy, blob, size);
+  *out = copy;
+  return XGWKB_OK;
+}
+
 struct FreeDeleter {
   void operator()(void* p) const { std::free(p); }
 };

@@ -90,11 +90,7 @@ int32_t xgWKB_shape_generate_from_part(const unsigned char* shape, int32_t index
   const byte* member = member_at(shape, static_cast<uint32_t>(index - 1));
   uint32_t size = 0;
   if (geometry_size(member, &size) != XGWKB_OK) return XGWKB_E_INVALID_ENTITY;
-  byte* blob = blob_alloc(size);
-  if (blob == nullptr) return XGWKB_E_FAILED;
-  std::memcpy(blob, member, size);
-  *out = blob;
-  return XGWKB_OK;
+  return blob_copy(member, size, out);
 }
 
 int32_t xgWKB_shape_combine(const unsigned char* const* shapes, int32_t count, unsigned char** out) {

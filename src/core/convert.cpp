@@ -1,6 +1,5 @@
 // convert.cpp - a shape of one dimension turned into another: its vertices as a multipoint, its
 // rings and lines as linestrings.
-#include <cstring>
 
 #include "core/construct.h"
 
@@ -11,11 +10,7 @@ namespace {
 int32_t copy_shape(const byte* shape, byte** out) {
   uint32_t size = 0;
   if (geometry_size(shape, &size) != XGWKB_OK) return XGWKB_E_INVALID_SHAPE;
-  byte* blob = blob_alloc(size);
-  if (blob == nullptr) return XGWKB_E_FAILED;
-  std::memcpy(blob, shape, size);
-  *out = blob;
-  return XGWKB_OK;
+  return blob_copy(shape, size, out);
 }
 
 int32_t vertices_as_multipoint(const byte* shape, byte** out) {

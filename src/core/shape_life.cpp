@@ -1,6 +1,5 @@
 // shape_life.cpp - life cycle, size and type queries of shape blobs.
 #include <cstdlib>
-#include <cstring>
 
 #include "core/blob.h"
 #include "core/construct.h"
@@ -39,16 +38,18 @@ int32_t xgWKB_shape_duplicate(const unsigned char* shape, unsigned char** copy) 
   if (shape == nullptr) return XGWKB_E_INVALID_SHAPE;
   uint32_t size = 0;
   if (geometry_size(shape, &size) != XGWKB_OK) {
-    // Only the nil shape has a size known without counts; anything else unsized is refused
-    // rather than copied from an undefined length.
-    if (shape_type(shape) != XGWKB_TYPE_NIL) return XGWKB_E_INVALID_SHAPE;
-    size = kHeaderSize;
+    // The nil shape and the envelope have fixed sizes; anything else unsized is refused rather
+    // than copied from an undefined length.
+    const uint32_t type = shape_type(shape);
+    if (type == XGWKB_TYPE_NIL) {
+      size = kHeaderSize;
+    } else if (type == XGWKB_TYPE_ENVELOPE) {
+      size = kEnvelopeBlobSize;
+    } else {
+      return XGWKB_E_INVALID_SHAPE;
+    }
   }
-  byte* out = blob_alloc(size);
-  if (out == nullptr) return XGWKB_E_FAILED;
-  std::memcpy(out, shape, size);
-  *copy = out;
-  return XGWKB_OK;
+  return blob_copy(shape, size, copy);
 }
 
 int32_t xgWKB_shape_get_type(const unsigned char* shape, uint32_t* type) {
