@@ -110,6 +110,22 @@ bool points_ok(const _xgWKB_POINT* points, int32_t count) {
 }
 
 }  // namespace
+// The argument checks of the operations that put a caller's ring into member part of a
+// multipolygon, then edit(size, polygon, run) with the ring as a counted run.
+template <class Edit>
+int32_t with_new_ring(const byte* shape, int32_t part, const _xgWKB_POINT* points, int32_t count,
+                      byte** out, Edit&& edit) {
+  if (shape == nullptr || !points_ok(points, count) || out == nullptr) return XGWKB_E_NULL_POINTER;
+  std::size_t size = 0;
+  const int32_t status = check_multipolygon(shape, part, &size);
+  if (status != XGWKB_OK) return status;
+  if (count < 0) return XGWKB_E_INVALID_ARGUMENT;
+  return guarded([&] {
+    const std::vector<byte> run = make_run(points, static_cast<uint32_t>(count));
+    return edit(size, member_of(shape, part), run);
+  });
+}
+
 }  // namespace xg
 
 extern "C" {
@@ -134,28 +150,18 @@ int32_t xgWKB_shape_delete_island(const unsigned char* shape, const _xgWKB_POINT
 int32_t xgWKB_shape_add_multipolygon_ring(const unsigned char* shape, int32_t part,
                                           int32_t ring_index, const _xgWKB_POINT* points,
                                           int32_t count, unsigned char** out) {
-  if (shape == nullptr || !points_ok(points, count) || out == nullptr) return XGWKB_E_NULL_POINTER;
-  std::size_t size = 0;
-  const int32_t status = check_multipolygon(shape, part, &size);
-  if (status != XGWKB_OK) return status;
-  if (count < 0) return XGWKB_E_INVALID_ARGUMENT;
-  return guarded([&] {
-    const std::vector<byte> run = make_run(points, static_cast<uint32_t>(count));
-    return add_multipolygon_ring(shape, size, member_of(shape, part), ring_index, run, out);
+  return with_new_ring(shape, part, points, count, out, [&](std::size_t size, const byte* polygon,
+                                                            const std::vector<byte>& run) {
+    return add_multipolygon_ring(shape, size, polygon, ring_index, run, out);
   });
 }
 
 int32_t xgWKB_shape_replace_multipolygon_ring(const unsigned char* shape, int32_t part,
                                               int32_t ring_index, const _xgWKB_POINT* points,
                                               int32_t count, unsigned char** out) {
-  if (shape == nullptr || !points_ok(points, count) || out == nullptr) return XGWKB_E_NULL_POINTER;
-  std::size_t size = 0;
-  const int32_t status = check_multipolygon(shape, part, &size);
-  if (status != XGWKB_OK) return status;
-  if (count < 0) return XGWKB_E_INVALID_ARGUMENT;
-  return guarded([&] {
-    const std::vector<byte> run = make_run(points, static_cast<uint32_t>(count));
-    return replace_multipolygon_ring(shape, size, member_of(shape, part), ring_index, run, out);
+  return with_new_ring(shape, part, points, count, out, [&](std::size_t size, const byte* polygon,
+                                                            const std::vector<byte>& run) {
+    return replace_multipolygon_ring(shape, size, polygon, ring_index, run, out);
   });
 }
 
