@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the library and runs the main job: the bundled example.
+# Builds the library and the xggeo tool, then runs the main job: the tool over the bundled
+# example data (examples/demo.sh), each command shown with its output.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh run
@@ -8,7 +9,4 @@ if ! cmake --build build-release -j"$(nproc)" >build-release/build.log 2>&1; the
   cat build-release/build.log
   exit 1
 fi
-if [ -x examples/demo.sh ] && [ -x build-release/tools/xggeo ]; then
-  exec examples/demo.sh build-release/tools/xggeo
-fi
-exec build-release/examples/quickstart
+exec examples/demo.sh build-release/tools/xggeo
