@@ -58,6 +58,12 @@ Bytes multi(uint32_t type, const std::vector<Bytes>& members) {
   return b;
 }
 
+Bytes multiline(const std::vector<Ring>& lines) {
+  std::vector<Bytes> members;
+  for (const Ring& r : lines) members.push_back(linestring(r));
+  return multi(XGWKB_TYPE_MULTILINESTRING, members);
+}
+
 Bytes nil() {
   Bytes b;
   put_header(b, XGWKB_TYPE_NIL);

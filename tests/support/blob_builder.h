@@ -22,6 +22,7 @@ Bytes point(double x, double y);
 Bytes linestring(const Ring& pts);
 Bytes polygon(const std::vector<Ring>& rings);
 Bytes multi(uint32_t type, const std::vector<Bytes>& members);
+Bytes multiline(const std::vector<Ring>& lines);  // one member per run
 Bytes nil();
 
 // A copy of a blob placed at an odd address inside a larger buffer, so that every double in it

@@ -1,4 +1,5 @@
-// edit_result.h - table rows for operations that hand a new blob back through an out-pointer.
+// edit_result.h - owning results and table rows for operations that hand a new blob back through
+// an out-pointer.
 #ifndef XGGEO_TESTS_EDIT_RESULT_H
 #define XGGEO_TESTS_EDIT_RESULT_H
 
@@ -16,7 +17,7 @@ struct Out {
   Out() = default;
   Out(const Out&) = delete;
   ~Out() { xgWKB_shape_free(p); }
-  // The result's bytes, sized by xgWKB_shape_get_WKB_size (which must accept it).
+  // The result's bytes, sized by xgWKB_shape_get_WKB_size (which must accept it); nil: 5 bytes.
   Bytes bytes() const;
 };
 
