@@ -21,8 +21,7 @@ const Ring kUnit = square(20, 20, 1);
 const Bytes kLine = linestring(kLinePts);
 const Bytes kTwo = linestring({{0, 0}, {1, 1}});
 const Bytes kPolygon = polygon({kSquare, kTriangle});
-const Bytes kMultiLine =
-    multi(XGWKB_TYPE_MULTILINESTRING, {kTwo, linestring({{5, 5}, {6, 6}, {7, 5}})});
+const Bytes kMultiLine = multiline({{{0, 0}, {1, 1}}, {{5, 5}, {6, 6}, {7, 5}}});
 const Bytes kMultiPolygon = multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({kUnit}), kPolygon});
 
 Ring with(Ring r, std::size_t at, _xgWKB_POINT p) {
@@ -51,8 +50,7 @@ Call del_line(const Bytes& s, int32_t i) {
   return [&s, i](auto o) { return xgWKB_shape_delete_lineString_point(s.data(), i, o); };
 }
 Call add_ml(const Bytes& s, int32_t part, int32_t i) {
-  return
-      [=, &s](auto o) { return xgWKB_shape_add_MultiLineString_point(s.data(), part, i, kP, o); };
+  return [=, &s](auto o) { return xgWKB_shape_add_MultiLineString_point(s.data(), part, i, kP, o); };
 }
 Call del_ml(const Bytes& s, int32_t part, int32_t i) {
   return [=, &s](auto o) { return xgWKB_shape_delete_MultiLineString_point(s.data(), part, i, o); };
@@ -64,24 +62,18 @@ Call del_poly(int32_t ring, int32_t i) {
   return [=](auto o) { return xgWKB_shape_delete_polygon_point(kPolygon.data(), ring, i, o); };
 }
 Call add_mp(int32_t part, int32_t ring, int32_t i) {
-  return [=](auto o) {
-    return xgWKB_shape_add_multipolygon_point(kMultiPolygon.data(), part, ring, i, kP, o);
-  };
+  return [=](auto o) { return xgWKB_shape_add_multipolygon_point(kMultiPolygon.data(), part, ring, i, kP, o); };
 }
 Call del_mp(int32_t part, int32_t ring, int32_t i) {
-  return [=](auto o) {
-    return xgWKB_shape_delete_multipolygon_point(kMultiPolygon.data(), part, ring, i, o);
-  };
+  return [=](auto o) { return xgWKB_shape_delete_multipolygon_point(kMultiPolygon.data(), part, ring, i, o); };
 }
 
 std::vector<EditCase> cases() {
   static const Bytes line = marked(kLine, {0}), multiline = marked(kMultiLine, {0, 9, 50});
   const Ring restarted = {{10, 0}, {10, 10}, {0, 10}, {10, 0}};
-  const Call null_out = [](auto) {
-    return xgWKB_shape_delete_multipolygon_point(kMultiPolygon.data(), 1, 1, 1, nullptr);
-  };
   return {
-      {"null out", null_out, -65, {}},
+      {"null out", [](auto) { return xgWKB_shape_delete_multipolygon_point(kMultiPolygon.data(), 1, 1, 1, nullptr); },
+       -65, {}},
       {"add line to polygon", add_line(kPolygon, 1), -134, {}},
       {"delete ml from line", del_ml(kLine, 1, 1), -134, {}},
       // add inserts before the index: appending after the last vertex is not possible.
@@ -167,9 +159,9 @@ TEST(VertexChange, RefusesBadIndicesWithoutWriting) {
 }
 
 TEST(VertexChange, MultiLineStringPointPastThePartChangesNothingAndSucceeds) {
-  Bytes multiline = kMultiLine;
-  EXPECT_EQ(xgWKB_shape_chage_MultiLineString_point(multiline.data(), 1, 3, &kNew), 0);
-  EXPECT_EQ(multiline, kMultiLine);
-  EXPECT_EQ(xgWKB_shape_chage_MultiLineString_point(multiline.data(), 2, 3, &kNew), 0);
-  EXPECT_EQ(multiline, ml(linestring({{5, 5}, {6, 6}, kNew})));
+  Bytes lines = kMultiLine;
+  EXPECT_EQ(xgWKB_shape_chage_MultiLineString_point(lines.data(), 1, 3, &kNew), 0);
+  EXPECT_EQ(lines, kMultiLine);
+  EXPECT_EQ(xgWKB_shape_chage_MultiLineString_point(lines.data(), 2, 3, &kNew), 0);
+  EXPECT_EQ(lines, ml(linestring({{5, 5}, {6, 6}, kNew})));
 }
