@@ -76,13 +76,10 @@ TEST(Metrics, AreaByPartIndex) {
   const Bytes one_hole = polygon({square(0, 0, 10), square(2, 2, 2)});
   const Bytes two_holes = polygon({square(0, 0, 10), square(1, 1, 1), square(5, 5, 3)});
   const Bytes mpg = multi(XGWKB_TYPE_MULTIPOLYGON, {one_hole, polygon({square(20, 0, 3)})});
-  const struct {
-    Bytes blob;
-    int32_t part;
-    double area;
-  } cases[] = {{one_hole, 0, 96}, {one_hole, 1, 100}, {one_hole, 2, 96}, {two_holes, 2, 9}, {two_holes, 3, 90},
-               {mpg, 0, 105},     {mpg, 1, 96},       {mpg, 2, 9},
-               {polygon({{{1, 1}, {3, 1}, {3, 3}, {1, 3}}}), 0, 5}};  // stored edges sum to 10, not 8
+  const struct { Bytes blob; int32_t part; double area; } cases[] = {
+      {one_hole, 0, 96}, {one_hole, 1, 100}, {one_hole, 2, 96}, {two_holes, 2, 9}, {two_holes, 3, 90},
+      {mpg, 0, 105},     {mpg, 1, 96},       {mpg, 2, 9},
+      {polygon({{{1, 1}, {3, 1}, {3, 3}, {1, 3}}}), 0, 5}};  // stored edges sum to 10, not 8
   for (const auto& c : cases) {
     double a = -1;
     EXPECT_EQ(xgWKB_shape_get_area(Misaligned(c.blob).data(), c.part, &a), 0);
@@ -95,11 +92,7 @@ TEST(Metrics, AreaByPartIndex) {
 
 TEST(Metrics, LengthByPartAndItsRefusals) {
   const Bytes ml = multiline({{{0, 0}, {1, 0}}, {{0, 0}, {0, 5}}});
-  const struct {
-    Bytes shape;
-    int32_t part, status;
-    double length;
-  } cases[] = {
+  const struct { Bytes shape; int32_t part, status; double length; } cases[] = {
       {polygon({square(0, 0, 10), square(2, 2, 2)}), 2, 0, 8},
       {multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 10), square(2, 2, 2)}), polygon({square(20, 0, 3)})}),
        1, 0, 48},
@@ -138,11 +131,7 @@ TEST(Metrics, IsCloseComparesEndPointsWithinTheTolerance) {
 TEST(Metrics, BoundaryOfEachType) {
   const Ring open = {{0, 0}, {2, 2}, {5, 5}};
   auto mpoint = [](std::initializer_list<Bytes> pts) { return multi(XGWKB_TYPE_MULTIPOINT, pts); };
-  const struct {
-    Bytes shape;
-    int32_t status;
-    Bytes want;
-  } cases[] = {
+  const struct { Bytes shape; int32_t status; Bytes want; } cases[] = {
       {linestring(open), 0, mpoint({point(0, 0), point(5, 5)})},
       {linestring(square(0, 0, 1)), 0, nil()},
       {point(1, 1), -208, nil()},

@@ -28,10 +28,7 @@ TEST(PointMoves, OffsetIsSubtracted) {
 TEST(DirectionAngle, QuadrantsUseSinglePrecisionConstants) {
   const double half_pi_f = 1.5707963705062866, pi_f = 3.1415927410125732;
   const double three_half_pi_f = 4.71238899230957, two_pi_f = 6.2831854820251465;
-  const struct {
-    _xgWKB_POINT from, to;
-    double want;
-  } cases[] = {
+  const struct { _xgWKB_POINT from, to; double want; } cases[] = {
       {{0, 0}, {0, 0}, half_pi_f},  // equal points
       {{0, 0}, {0, 5}, half_pi_f},
       {{0, 0}, {0, -1}, three_half_pi_f},
@@ -49,11 +46,7 @@ TEST(DirectionAngle, QuadrantsUseSinglePrecisionConstants) {
 }
 
 TEST(PointSegmentRelation, ClassifiesAlongAndAcrossTheSegment) {
-  const struct {
-    _xgWKB_POINT p, a, b;
-    double t;
-    int32_t want;
-  } cases[] = {
+  const struct { _xgWKB_POINT p, a, b; double t; int32_t want; } cases[] = {
       {{5, 0}, {0, 0}, {10, 0}, 0.01, 1},         {{5, 0.009}, {0, 0}, {10, 0}, 0.01, 1},
       {{5, 0.011}, {0, 0}, {10, 0}, 0.01, 0},     {{5, -0.011}, {0, 0}, {10, 0}, 0.01, 0},
       {{0.00005, 0}, {0, 0}, {10, 0}, 5, 2},      {{10.00009, 0}, {0, 0}, {10, 0}, 0.01, 3},

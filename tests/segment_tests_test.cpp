@@ -103,11 +103,7 @@ TEST(LineIsSimple, DetectsCrossingsButNotTheClosingPointAndHandsBackOnlyKBytes) 
 TEST(SegmentAgainstRing, LeavesAndEntersANotchedSquare) {
   // A U-shaped ring: a 10x10 square with a notch 4 wide and 5 deep cut from the top.
   const Misaligned ring(linestring({{0, 0}, {10, 0}, {10, 10}, {7, 10}, {7, 5}, {3, 5}, {3, 10}, {0, 10}, {0, 0}}));
-  const struct {
-    const char* name;
-    _xgWKB_POINT a, b;
-    int32_t leaves, enters;
-  } cases[] = {
+  const struct { const char* name; _xgWKB_POINT a, b; int32_t leaves, enters; } cases[] = {
       {"far away", P(20, 20), P(30, 30), 1, 0},
       {"inside", P(1, 1), P(2, 8), 0, 1},
       {"one end outside", P(5, 2), P(5, -2), 1, 1},

@@ -37,11 +37,7 @@ TEST(Validation, RejectsEachRuleOnAMinimalShape) {
   auto mpoly = [](const Ring& a, const Ring& b) {
     return multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({a}), polygon({b})});
   };
-  const struct {
-    const char* what;
-    Bytes blob;
-    int32_t status;
-  } cases[] = {
+  const struct { const char* what; Bytes blob; int32_t status; } cases[] = {
       {"closed line of three points", linestring({{0, 0}, {1, 0}, {0, 0}}), XGWKB_E_TOO_FEW_POINTS},
       {"one-point line", linestring({{0, 0}}), XGWKB_E_TOO_FEW_POINTS},
       {"line doubling back", linestring({{0, 0}, {10, 0}, {5, 0}}), XGWKB_E_OVERLAPPING_POLYGONS},

@@ -103,10 +103,7 @@ TEST(WktType, NamesTheCodeOfTheFirstWord) {
 
 TEST(WktSize, EstimatesOnlyTextsWithoutBlanksAfterTheParentheses) {
   constexpr int32_t kUntouched = -7;
-  const struct {
-    const char* text;
-    int32_t status, size;
-  } cases[] = {
+  const struct { const char* text; int32_t status, size; } cases[] = {
       {"polygon empty", XGWKB_OK, 5},
       {"point (1 2)", XGWKB_OK, 21},
       {"multipoint (1 2,3 4)", XGWKB_OK, kUntouched},  // every readable text has a blank
