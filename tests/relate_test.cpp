@@ -63,16 +63,6 @@ TEST(RelateIdentities, HoldForEveryPairOfSamples) {
   }
 }
 
-TEST(RelateDispatch, UndefinedCellsAnswerZeroEvenWhereTheRelationHolds) {
-  const Bytes p = point(1, 2), mp = multi(XGWKB_TYPE_MULTIPOINT, {point(1, 2)});
-  // Two equal points meet, but a point within (or touching) a point is not defined; a point
-  // within a multipoint is, a multipoint within a point is not.
-  EXPECT_EQ(xgWKB_shape_is_intersecting(p.data(), p.data(), kT), 1);
-  EXPECT_EQ(xgWKB_shape_is_within(p.data(), p.data(), kT) + xgWKB_shape_is_touching(p.data(), p.data(), kT), 0);
-  EXPECT_EQ(xgWKB_shape_is_within(p.data(), mp.data(), kT), 1);
-  EXPECT_EQ(xgWKB_shape_is_within(mp.data(), p.data(), kT) + xgWKB_shape_find_relation(), 0);
-}
-
 TEST(RelateDegenerate, EmptyAndShortPartsAreReadWithinTheirBlobs) {
   // Each blob sits in a heap block of exactly its size, so a read past its end is caught by
   // the address sanitizer.

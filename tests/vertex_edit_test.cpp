@@ -43,71 +43,54 @@ Bytes marked(Bytes b, std::initializer_list<std::size_t> headers) {
 Bytes ml(const Bytes& second) { return multi(XGWKB_TYPE_MULTILINESTRING, {kTwo, second}); }
 Bytes mp(const Bytes& second) { return multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({kUnit}), second}); }
 
-Call add_line(const Bytes& s, int32_t i) {
-  return [&s, i](auto o) { return xgWKB_shape_add_lineString_point(s.data(), i, kP, o); };
-}
-Call del_line(const Bytes& s, int32_t i) {
-  return [&s, i](auto o) { return xgWKB_shape_delete_lineString_point(s.data(), i, o); };
-}
-Call add_ml(const Bytes& s, int32_t part, int32_t i) {
-  return [=, &s](auto o) { return xgWKB_shape_add_MultiLineString_point(s.data(), part, i, kP, o); };
-}
-Call del_ml(const Bytes& s, int32_t part, int32_t i) {
-  return [=, &s](auto o) { return xgWKB_shape_delete_MultiLineString_point(s.data(), part, i, o); };
-}
-Call add_poly(int32_t ring, int32_t i) {
-  return [=](auto o) { return xgWKB_shape_add_polygon_point(kPolygon.data(), ring, i, kP, o); };
-}
-Call del_poly(int32_t ring, int32_t i) {
-  return [=](auto o) { return xgWKB_shape_delete_polygon_point(kPolygon.data(), ring, i, o); };
-}
-Call add_mp(int32_t part, int32_t ring, int32_t i) {
-  return [=](auto o) { return xgWKB_shape_add_multipolygon_point(kMultiPolygon.data(), part, ring, i, kP, o); };
-}
-Call del_mp(int32_t part, int32_t ring, int32_t i) {
-  return [=](auto o) { return xgWKB_shape_delete_multipolygon_point(kMultiPolygon.data(), part, ring, i, o); };
-}
+const auto kAddLine = xgWKB_shape_add_lineString_point;
+const auto kDelLine = xgWKB_shape_delete_lineString_point;
+const auto kAddMl = xgWKB_shape_add_MultiLineString_point;
+const auto kDelMl = xgWKB_shape_delete_MultiLineString_point;
+const auto kAddPoly = xgWKB_shape_add_polygon_point;
+const auto kDelPoly = xgWKB_shape_delete_polygon_point;
+const auto kAddMp = xgWKB_shape_add_multipolygon_point;
+const auto kDelMp = xgWKB_shape_delete_multipolygon_point;
 
 std::vector<EditCase> cases() {
-  static const Bytes line = marked(kLine, {0}), multiline = marked(kMultiLine, {0, 9, 50});
+  const Bytes line = marked(kLine, {0}), lines = marked(kMultiLine, {0, 9, 50});
   const Ring restarted = {{10, 0}, {10, 10}, {0, 10}, {10, 0}};
   return {
-      {"null out", [](auto) { return xgWKB_shape_delete_multipolygon_point(kMultiPolygon.data(), 1, 1, 1, nullptr); },
-       -65, {}},
-      {"add line to polygon", add_line(kPolygon, 1), -134, {}},
-      {"delete ml from line", del_ml(kLine, 1, 1), -134, {}},
+      {"null out", [](auto) { return kDelMp(kMultiPolygon.data(), 1, 1, 1, nullptr); }, -65},
+      {"add line to polygon", on(kAddLine, kPolygon, 1, kP), -134},
+      {"delete ml from line", on(kDelMl, kLine, 1, 1), -134},
       // add inserts before the index: appending after the last vertex is not possible.
-      {"add line at 4", add_line(kLine, 4), -135, {}},
-      {"add ml part 3", add_ml(kMultiLine, 3, 1), -135, {}},
-      {"add ml point 4", add_ml(kMultiLine, 2, 4), -135, {}},
-      {"add poly point 6", add_poly(1, 6), -135, {}},
-      {"add mp ring 3", add_mp(2, 3, 1), -135, {}},
-      {"add line at 1", add_line(line, 1), 0, linestring(with(kLinePts, 0, kNew))},
-      {"add line at 3", add_line(line, 3), 0, linestring(with(kLinePts, 2, kNew))},
-      {"add ml renews part header", add_ml(multiline, 2, 3), 0,
+      {"add line at 4", on(kAddLine, kLine, 4, kP), -135},
+      {"add ml part 3", on(kAddMl, kMultiLine, 3, 1, kP), -135},
+      {"add ml point 4", on(kAddMl, kMultiLine, 2, 4, kP), -135},
+      {"add poly point 6", on(kAddPoly, kPolygon, 1, 6, kP), -135},
+      {"add mp ring 3", on(kAddMp, kMultiPolygon, 2, 3, 1, kP), -135},
+      {"add line at 1", on(kAddLine, line, 1, kP), 0, linestring(with(kLinePts, 0, kNew))},
+      {"add line at 3", on(kAddLine, line, 3, kP), 0, linestring(with(kLinePts, 2, kNew))},
+      {"add ml renews part header", on(kAddMl, lines, 2, 3, kP), 0,
        marked(ml(linestring({{5, 5}, {6, 6}, kNew, {7, 5}})), {0, 9})},
-      {"add at 1 opens ring", add_poly(2, 1), 0, polygon({kSquare, with(kTriangle, 0, kNew)})},
-      {"add mp", add_mp(2, 1, 5), 0, mp(polygon({with(kSquare, 4, kNew), kTriangle}))},
+      {"add at 1 opens ring", on(kAddPoly, kPolygon, 2, 1, kP), 0, polygon({kSquare, with(kTriangle, 0, kNew)})},
+      {"add mp", on(kAddMp, kMultiPolygon, 2, 1, 5, kP), 0, mp(polygon({with(kSquare, 4, kNew), kTriangle}))},
       // delete: a linestring tests its index before its length.
-      {"delete line at 0", del_line(kLine, 0), -135, {}},
-      {"delete 2-vertex line", del_line(kTwo, 1), -6, {}},
-      {"delete 2-vertex line at 3", del_line(kTwo, 3), -135, {}},
-      {"delete poly ring 3", del_poly(3, 1), -135, {}},
-      {"delete mp part 3", del_mp(3, 1, 1), -135, {}},
-      {"delete line", del_line(line, 2), 0, linestring({{0, 0}, {2, 0}})},
-      {"delete ml", del_ml(multiline, 2, 1), 0, marked(ml(linestring({{6, 6}, {7, 5}})), {0, 9})},
-      {"delete ring start", del_poly(1, 1), 0, polygon({restarted, kTriangle})},
-      {"delete ring end", del_poly(1, 5), 0, polygon({restarted, kTriangle})},
-      {"delete ring middle", del_poly(1, 3), 0, polygon({without(kSquare, 2), kTriangle})},
-      {"delete mp", del_mp(2, 1, 2), 0, mp(polygon({without(kSquare, 1), kTriangle}))},
+      {"delete line at 0", on(kDelLine, kLine, 0), -135},
+      {"delete 2-vertex line", on(kDelLine, kTwo, 1), -6},
+      {"delete 2-vertex line at 3", on(kDelLine, kTwo, 3), -135},
+      {"delete poly ring 3", on(kDelPoly, kPolygon, 3, 1), -135},
+      {"delete mp part 3", on(kDelMp, kMultiPolygon, 3, 1, 1), -135},
+      {"delete line", on(kDelLine, line, 2), 0, linestring({{0, 0}, {2, 0}})},
+      {"delete ml", on(kDelMl, lines, 2, 1), 0, marked(ml(linestring({{6, 6}, {7, 5}})), {0, 9})},
+      {"delete ring start", on(kDelPoly, kPolygon, 1, 1), 0, polygon({restarted, kTriangle})},
+      {"delete ring end", on(kDelPoly, kPolygon, 1, 5), 0, polygon({restarted, kTriangle})},
+      {"delete ring middle", on(kDelPoly, kPolygon, 1, 3), 0, polygon({without(kSquare, 2), kTriangle})},
+      {"delete mp", on(kDelMp, kMultiPolygon, 2, 1, 2), 0, mp(polygon({without(kSquare, 1), kTriangle}))},
       // Blocks handed out before a failure stay with the caller...
-      {"delete short ml part", del_ml(kMultiLine, 1, 1), -6, {}, true},
-      {"delete short ring", del_poly(2, 1), -6, {}, true},
-      {"delete poly point 6", del_poly(1, 6), -135, {}, true},
-      {"delete mp ring 3", del_mp(2, 3, 1), -135, {}, true},
+      {"delete short ml part", on(kDelMl, kMultiLine, 1, 1), -6, {}, true},
+      {"delete short ring", on(kDelPoly, kPolygon, 2, 1), -6, {}, true},
+      {"delete poly point 6", on(kDelPoly, kPolygon, 1, 6), -135, {}, true},
+      {"delete mp ring 3", on(kDelMp, kMultiPolygon, 2, 3, 1), -135, {}, true},
       // ...except where the multipolygon takes its block back.
-      {"delete mp short ring", del_mp(2, 2, 1), -6, {}},
-      {"delete mp point 6", del_mp(2, 1, 6), -135, {}},
+      {"delete mp short ring", on(kDelMp, kMultiPolygon, 2, 2, 1), -6},
+      {"delete mp point 6", on(kDelMp, kMultiPolygon, 2, 1, 6), -135},
   };
 }
 

@@ -18,15 +18,13 @@ using namespace xgtest;
 
 namespace {
 
-const Bytes kNone = {'n', 'o', 'n', 'e'};
-
-// Reads text from an exactly sized heap copy: its status, and its bytes or "no shape".
+// Reads text from an exactly sized heap copy: its status and the shape's bytes.
 std::pair<int32_t, Bytes> read(const std::string& text) {
   const std::unique_ptr<char[]> copy(new char[text.size() + 1]);
   std::memcpy(copy.get(), text.c_str(), text.size() + 1);
   Out shape;
   const int32_t status = xgWKB_shape_generate_from_WKT(copy.get(), &shape.p);
-  return {status, shape.p ? shape.bytes() : kNone};
+  return {status, shape.bytes()};
 }
 
 }  // namespace
@@ -60,26 +58,25 @@ TEST(WktReader, BuildsTheShapeOfWellFormedTexts) {
 #endif
 }
 
-TEST(WktReader, MakesNoShapeButReportsSuccessForTextsOffTheDialect) {
-  for (const char* text :
-       {"linestring (1 2, 3 4)", "linestring ( 1 2,3 4)", "linestring (1 2,3 4) ", "linestring (1 2,3 4))",
-        "linestring 1 2,3 4", "point", "polygon  empty", "point empty ",  // no "(" at all
-        "linestring (1 2,3", "linestring (1 2,3 4", "linestring (", "linestring ()",
-        "polygon (0 0,1 1,0 0)",  // one "(" short
-        "polygon ((0 0,1 1),(2 2,3 3)", "polygon ((0 0,1 1), (2 2,3 3))", "polygon ((0 0,1 1)),((2 2,3 3))",
-        "multilinestring ((0 0,1 1)))", "multipolygon (((0 0,1 1)),(2 2,3 3)))", "multipolygon (((0 0,1 1)))x",
-        "multipolygon (((0 0,1 1)),(("}) {
-    EXPECT_EQ(read(text), std::make_pair(XGWKB_OK + 0, kNone)) << text;
-  }
-}
-
-TEST(WktReader, RejectsKeywordsOtherThanTheSixGeometries) {
-  for (const char* text : {"POINT (1 2)", " point (1 2)", "SingleText (1 2)", "HoriDim 1 2", "AlignedDim (1 2)",
-                           "points (1 2)", "", "(1 2)", "Point empty"}) {
+TEST(WktReader, MakesNoShapeForTextsOffTheDialectAndRefusesOtherKeywords) {
+  // Texts of the six types that the reader turns down make no shape but report success.
+  const std::pair<const char*, int32_t> cases[] = {
+      {"linestring (1 2, 3 4)", 0}, {"linestring ( 1 2,3 4)", 0}, {"linestring (1 2,3 4) ", 0},
+      {"linestring (1 2,3 4))", 0}, {"linestring 1 2,3 4", 0}, {"point", 0}, {"polygon  empty", 0},
+      {"point empty ", 0}, {"linestring (1 2,3", 0}, {"linestring (1 2,3 4", 0}, {"linestring (", 0},
+      {"linestring ()", 0}, {"polygon (0 0,1 1,0 0)", 0}, {"polygon ((0 0,1 1),(2 2,3 3)", 0},
+      {"polygon ((0 0,1 1), (2 2,3 3))", 0}, {"polygon ((0 0,1 1)),((2 2,3 3))", 0},
+      {"multilinestring ((0 0,1 1)))", 0}, {"multipolygon (((0 0,1 1)),(2 2,3 3)))", 0},
+      {"multipolygon (((0 0,1 1)))x", 0}, {"multipolygon (((0 0,1 1)),((", 0},
+      {"POINT (1 2)", -27}, {" point (1 2)", -27}, {"SingleText (1 2)", -27}, {"HoriDim 1 2", -27},
+      {"AlignedDim (1 2)", -27}, {"points (1 2)", -27}, {"", -27}, {"(1 2)", -27}, {"Point empty", -27}};
+  for (const auto& [text, status] : cases) {
+    const std::unique_ptr<char[]> copy(new char[std::strlen(text) + 1]);  // exactly sized
+    std::strcpy(copy.get(), text);
     unsigned char untouched = 0;
     unsigned char* shape = &untouched;
-    EXPECT_EQ(xgWKB_shape_generate_from_WKT(text, &shape), XGWKB_E_INVALID_ENTITY) << text;
-    EXPECT_EQ(shape, &untouched);
+    EXPECT_EQ(xgWKB_shape_generate_from_WKT(copy.get(), &shape), status) << text;
+    EXPECT_EQ(shape, &untouched) << text;
   }
   unsigned char* shape = nullptr;
   EXPECT_EQ(xgWKB_shape_generate_from_WKT(nullptr, &shape), XGWKB_E_NULL_POINTER);

@@ -5,6 +5,7 @@
 
 #include <cctype>
 #include <functional>
+#include <ostream>
 #include <string>
 
 #include "support/blob_builder.h"
@@ -24,18 +25,31 @@ struct Out {
 // A call of an operation, given the out-pointer to fill.
 using Call = std::function<int32_t(unsigned char**)>;
 
-// One call of an operation with the status and, on success, the blob it must give.
+// A call of f with the given leading arguments, then the out-pointer; blobs are held by the call
+// and passed as pointers to their bytes.
+inline const unsigned char* raw(const Bytes& b) { return b.data(); }
+template <class T>
+T raw(T v) { return v; }
+template <class F, class... A>
+Call on(F f, A... a) {
+  return [=](unsigned char** out) { return f(raw(a)..., out); };
+}
+
+// One call of an operation with the status and the blob it must give.
 struct EditCase {
   std::string name;
   Call call;
   int32_t status;
-  Bytes expected;                // empty: the call fails
+  Bytes expected = {};           // empty: no blob handed out
   bool hands_out_block = false;  // on failure the out-pointer holds a block for the caller
 };
 
-// Runs the case: status, result bytes and sizes on success; on failure either nothing handed
-// out or a block that the caller frees (leaks and double frees show under the sanitizers).
+// Runs the case: status, then the result's bytes and size, or nothing handed out, or (on a
+// failure) a block that the caller frees (leaks and double frees show under the sanitizers).
 void check_edit(const EditCase& c);
+
+// Cases print as their names in test output.
+inline void PrintTo(const EditCase& c, std::ostream* os) { *os << c.name; }
 
 // A gtest parameter name from the case name.
 std::string case_name(const std::string& name);
