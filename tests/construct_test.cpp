@@ -51,9 +51,11 @@ Bytes mpoly(std::initializer_list<std::vector<Ring>> polygons) {
   return multi(XGWKB_TYPE_MULTIPOLYGON, members);
 }
 
-std::vector<EditCase> cases() {
+}  // namespace
+
+TEST(Construct, EachCallGivesItsStatusAndExactBlob) {
   const Bytes two_rings = polygon({square(0, 0, 4), square(1, 1, 1)});
-  return {
+  const EditCase cases[] = {
       // Layouts: every header byte-order byte 0; no ring closed, reordered or reoriented.
       {"point", on(xgWKB_shape_generate_point, &P[1]), 0, point(1, 0)},
       {"multipoint", on(xgWKB_shape_generate_multipoint, 2, P), 0,
@@ -123,16 +125,8 @@ std::vector<EditCase> cases() {
       {"members crossing", conv(xgWKB_shape_as_polygon, multiline({kShell, square(5, 5, 10)})), -27},
       {"simple line of nil", conv(xgWKB_shape_as_simple_line, nil()), 0, {}},
   };
+  for (const EditCase& c : cases) check_edit(c);
 }
-
-class Construct : public ::testing::TestWithParam<EditCase> {};
-
-TEST_P(Construct, GivesTheStatusAndTheExactBlob) { check_edit(GetParam()); }
-
-INSTANTIATE_TEST_SUITE_P(Cases, Construct, ::testing::ValuesIn(cases()),
-                         [](const auto& info) { return case_name(info.param.name); });
-
-}  // namespace
 
 TEST(Construct, BlobsWithoutAComputedSize) {
   // The envelope's type has no computed size; combining mixed dimensions is not refused, and

@@ -131,21 +131,16 @@ TEST(Metrics, IsCloseComparesEndPointsWithinTheTolerance) {
 TEST(Metrics, BoundaryOfEachType) {
   const Ring open = {{0, 0}, {2, 2}, {5, 5}};
   auto mpoint = [](std::initializer_list<Bytes> pts) { return multi(XGWKB_TYPE_MULTIPOINT, pts); };
-  const struct { Bytes shape; int32_t status; Bytes want; } cases[] = {
-      {linestring(open), 0, mpoint({point(0, 0), point(5, 5)})},
-      {linestring(square(0, 0, 1)), 0, nil()},
-      {point(1, 1), -208, nil()},
-      {multiline({open, {{5, 5}, {9, 0}}}), 0, mpoint({point(0, 0), point(9, 0)})},  // a shared end cancels
-      {multiline({{{0, 0}, {1, 0}}, {{0, 0}, {0, 1}}, {{-1, 0}, {0, 0}}}), 0,  // three ends at one point stay
+  auto boundary = [](const Bytes& shape) { return on(xgWKB_shape_get_boundary, Misaligned(shape)); };
+  const EditCase cases[] = {
+      {"open line", boundary(linestring(open)), 0, mpoint({point(0, 0), point(5, 5)})},
+      {"closed line", boundary(linestring(square(0, 0, 1))), 0, nil()},
+      {"point", boundary(point(1, 1)), -208, nil()},
+      {"a shared end cancels", boundary(multiline({open, {{5, 5}, {9, 0}}})), 0, mpoint({point(0, 0), point(9, 0)})},
+      {"three ends at one point stay", boundary(multiline({{{0, 0}, {1, 0}}, {{0, 0}, {0, 1}}, {{-1, 0}, {0, 0}}})), 0,
        mpoint({point(0, 0), point(1, 0), point(0, 1), point(-1, 0)})},
-      {multiline({{{0, 0}, {1, 0}}, {{1, 0}, {1, 1}}, {{1, 1}, {0, 0}}}), 0, nil()},
+      {"every end cancelled", boundary(multiline({{{0, 0}, {1, 0}}, {{1, 0}, {1, 1}}, {{1, 1}, {0, 0}}})), 0, nil()},
+      {"nil", boundary(nil()), -134},
   };
-  for (const auto& c : cases) {
-    Out out;
-    EXPECT_EQ(xgWKB_shape_get_boundary(Misaligned(c.shape).data(), &out.p), c.status) << c.shape[1];
-    EXPECT_EQ(out.bytes(), c.want) << c.shape[1];
-  }
-  Out out;
-  EXPECT_EQ(xgWKB_shape_get_boundary(nil().data(), &out.p), -134);
-  EXPECT_EQ(out.p, nullptr);
+  for (const EditCase& c : cases) check_edit(c);
 }

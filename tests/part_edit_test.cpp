@@ -44,10 +44,12 @@ Call del_island(const Bytes& shape, _xgWKB_POINT at) {
   return [=](auto o) { return xgWKB_shape_delete_island(shape.data(), &at, o); };
 }
 
-std::vector<EditCase> cases() {
+}  // namespace
+
+TEST(PartEdit, EachCallGivesItsStatusAndExactBlob) {
   const Bytes island2 = linestring(kIsland2), far = linestring(kFar);
   const Bytes three_points = multi(XGWKB_TYPE_MULTIPOINT, {point(2, 2), point(3, 3), point(4, 4)});
-  return {
+  const EditCase cases[] = {
       // add: the input copied whole, its count patched.
       {"add null part", [](auto o) { return xgWKB_shape_add_part(kPolygon.data(), nullptr, o); }, -65},
       {"add to linestring", on(kAdd, one(kLine), kLine), -134},
@@ -117,13 +119,5 @@ std::vector<EditCase> cases() {
        [](auto o) { return xgWKB_shape_delete_multipolygon_ring(one(kMultiPolygon).data(), 2, 2, o); }, 0,
        one(mp({polygon({kFar}), polygon({kOuter})}))},
   };
+  for (const EditCase& c : cases) check_edit(c);
 }
-
-class PartEdit : public ::testing::TestWithParam<EditCase> {};
-
-TEST_P(PartEdit, GivesTheStatusAndTheExactBlob) { check_edit(GetParam()); }
-
-INSTANTIATE_TEST_SUITE_P(Cases, PartEdit, ::testing::ValuesIn(cases()),
-                         [](const auto& info) { return case_name(info.param.name); });
-
-}  // namespace

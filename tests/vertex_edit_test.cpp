@@ -52,10 +52,12 @@ const auto kDelPoly = xgWKB_shape_delete_polygon_point;
 const auto kAddMp = xgWKB_shape_add_multipolygon_point;
 const auto kDelMp = xgWKB_shape_delete_multipolygon_point;
 
-std::vector<EditCase> cases() {
+}  // namespace
+
+TEST(VertexEdit, EachCallGivesItsStatusAndExactBlob) {
   const Bytes line = marked(kLine, {0}), lines = marked(kMultiLine, {0, 9, 50});
   const Ring restarted = {{10, 0}, {10, 10}, {0, 10}, {10, 0}};
-  return {
+  const EditCase cases[] = {
       {"null out", [](auto) { return kDelMp(kMultiPolygon.data(), 1, 1, 1, nullptr); }, -65},
       {"add line to polygon", on(kAddLine, kPolygon, 1, kP), -134},
       {"delete ml from line", on(kDelMl, kLine, 1, 1), -134},
@@ -92,16 +94,8 @@ std::vector<EditCase> cases() {
       {"delete mp short ring", on(kDelMp, kMultiPolygon, 2, 2, 1), -6},
       {"delete mp point 6", on(kDelMp, kMultiPolygon, 2, 1, 6), -135},
   };
+  for (const EditCase& c : cases) check_edit(c);
 }
-
-class VertexEdit : public ::testing::TestWithParam<EditCase> {};
-
-TEST_P(VertexEdit, GivesTheStatusAndTheExactBlob) { check_edit(GetParam()); }
-
-INSTANTIATE_TEST_SUITE_P(Cases, VertexEdit, ::testing::ValuesIn(cases()),
-                         [](const auto& info) { return case_name(info.param.name); });
-
-}  // namespace
 
 TEST(VertexDelete, MultipolygonSetsTheOutPointerToNullWhenItTakesItsBlockBack) {
   unsigned char stale = 0;

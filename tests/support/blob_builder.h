@@ -25,8 +25,9 @@ Bytes multi(uint32_t type, const std::vector<Bytes>& members);
 Bytes multiline(const std::vector<Ring>& lines);  // one member per run
 Bytes nil();
 
-// A copy of a blob placed at an odd address inside a larger buffer, so that every double in it
-// is misaligned; keeps the storage alive while the test uses data().
+// A copy of a blob placed at an odd address at the end of a heap buffer, so that every double in
+// it is misaligned and nothing past it can be read unnoticed; keeps the storage alive while the
+// test uses data().
 class Misaligned {
  public:
   explicit Misaligned(const Bytes& blob, std::size_t shift = 3);

@@ -13,6 +13,7 @@ Bytes Out::bytes() const {
 }
 
 void check_edit(const EditCase& c) {
+  SCOPED_TRACE(c.name);
   Out out;
   ASSERT_EQ(c.call(&out.p), c.status);
   if (!c.expected.empty()) {
@@ -22,14 +23,6 @@ void check_edit(const EditCase& c) {
   } else {
     EXPECT_EQ(out.p, nullptr);
   }
-}
-
-std::string case_name(const std::string& name) {
-  std::string out = name;
-  for (char& ch : out) {
-    if (!std::isalnum(static_cast<unsigned char>(ch))) ch = '_';
-  }
-  return out;
 }
 
 }  // namespace xgtest

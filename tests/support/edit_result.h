@@ -3,9 +3,7 @@
 #ifndef XGGEO_TESTS_EDIT_RESULT_H
 #define XGGEO_TESTS_EDIT_RESULT_H
 
-#include <cctype>
 #include <functional>
-#include <ostream>
 #include <string>
 
 #include "support/blob_builder.h"
@@ -28,6 +26,7 @@ using Call = std::function<int32_t(unsigned char**)>;
 // A call of f with the given leading arguments, then the out-pointer; blobs are held by the call
 // and passed as pointers to their bytes.
 inline const unsigned char* raw(const Bytes& b) { return b.data(); }
+inline const unsigned char* raw(const Misaligned& m) { return m.data(); }
 template <class T>
 T raw(T v) { return v; }
 template <class F, class... A>
@@ -47,12 +46,6 @@ struct EditCase {
 // Runs the case: status, then the result's bytes and size, or nothing handed out, or (on a
 // failure) a block that the caller frees (leaks and double frees show under the sanitizers).
 void check_edit(const EditCase& c);
-
-// Cases print as their names in test output.
-inline void PrintTo(const EditCase& c, std::ostream* os) { *os << c.name; }
-
-// A gtest parameter name from the case name.
-std::string case_name(const std::string& name);
 
 }  // namespace xgtest
 
