@@ -30,14 +30,9 @@ TEST(DirectionAngle, QuadrantsUseSinglePrecisionConstants) {
   const double three_half_pi_f = 4.71238899230957, two_pi_f = 6.2831854820251465;
   const struct { _xgWKB_POINT from, to; double want; } cases[] = {
       {{0, 0}, {0, 0}, half_pi_f},  // equal points
-      {{0, 0}, {0, 5}, half_pi_f},
-      {{0, 0}, {0, -1}, three_half_pi_f},
-      {{0, 0}, {-1, 0}, pi_f},
-      {{0, 0}, {1, 0}, 0.0},
-      {{1, 1}, {2, 2}, std::atan(1.0)},
-      {{0, 0}, {-1, 1}, std::atan(-1.0) + pi_f},
-      {{0, 0}, {-1, -1}, std::atan(1.0) + pi_f},
-      {{0, 0}, {1, -1}, std::atan(-1.0) + two_pi_f},
+      {{0, 0}, {0, 5}, half_pi_f},  {{0, 0}, {0, -1}, three_half_pi_f}, {{0, 0}, {-1, 0}, pi_f},
+      {{0, 0}, {1, 0}, 0.0},        {{1, 1}, {2, 2}, std::atan(1.0)},   {{0, 0}, {-1, 1}, std::atan(-1.0) + pi_f},
+      {{0, 0}, {-1, -1}, std::atan(1.0) + pi_f}, {{0, 0}, {1, -1}, std::atan(-1.0) + two_pi_f},
   };
   for (const auto& c : cases)
     EXPECT_EQ(xgWKB_baseGeo_point_calculate_angle(&c.from, &c.to), c.want) << c.to.x << "," << c.to.y;

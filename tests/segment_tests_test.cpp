@@ -104,9 +104,6 @@ TEST(SegmentAgainstRing, LeavesAndEntersANotchedSquare) {
   // A U-shaped ring: a 10x10 square with a notch 4 wide and 5 deep cut from the top.
   const Misaligned ring(linestring({{0, 0}, {10, 0}, {10, 10}, {7, 10}, {7, 5}, {3, 5}, {3, 10}, {0, 10}, {0, 0}}));
   const struct { const char* name; _xgWKB_POINT a, b; int32_t leaves, enters; } cases[] = {
-      {"far away", P(20, 20), P(30, 30), 1, 0},
-      {"inside", P(1, 1), P(2, 8), 0, 1},
-      {"one end outside", P(5, 2), P(5, -2), 1, 1},
       {"across the notch, ends inside", P(1, 7), P(9, 7), 1, 1},
       {"along the bottom edge", P(2, 0), P(8, 0), 0, 0},
       {"outside, touching a corner", P(-1, 1), P(1, -1), 1, 0},
@@ -117,8 +114,9 @@ TEST(SegmentAgainstRing, LeavesAndEntersANotchedSquare) {
       {"outside, along the notch", P(3, 6), P(3, 9), 0, 0},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(xg::segment_leaves_ring(c.a, c.b, ring.data() + 5, kRingT), c.leaves) << c.name;
-    EXPECT_EQ(xg::segment_enters_ring(c.a, c.b, ring.data() + 5, kRingT), c.enters) << c.name;
+    EXPECT_EQ((std::pair{xg::segment_leaves_ring(c.a, c.b, ring.data() + 5, kRingT),
+                         xg::segment_enters_ring(c.a, c.b, ring.data() + 5, kRingT)}),
+              (std::pair{c.leaves, c.enters})) << c.name;
   }
   // A C-shaped ring open to the right.  The segment starts inside, passes the reflex corner
   // (6, 4) into the opening and ends on the opening's upper edge: no edge is crossed in its

@@ -129,8 +129,6 @@ TEST(ShapeMirror, WritesZeroByteOrderInPartHeadersAndCopiesTheOuterHeader) {
   }
 }
 
-// GEOS's C API has no affine call, so the reference applies textbook formulas through
-// GEOSGeom_transformXY to GEOS's own coordinate sequences.
 namespace {
 
 struct Params {
@@ -138,25 +136,10 @@ struct Params {
   _xgWKB_POINT a, b;     // mirror line
 };
 
-int rotate_counter_clockwise_by_minus_angle(double* x, double* y, void* data) {
-  const Params& r = *static_cast<Params*>(data);
-  const double th = -r.angle, dx = *x - r.cx, dy = *y - r.cy;
-  *x = r.cx + dx * std::cos(th) - dy * std::sin(th);
-  *y = r.cy + dx * std::sin(th) + dy * std::cos(th);
-  return 1;
-}
-
-int reflect_by_projection(double* x, double* y, void* data) {
-  const Params& l = *static_cast<Params*>(data);
-  const double vx = l.b.x - l.a.x, vy = l.b.y - l.a.y;
-  const double s = ((*x - l.a.x) * vx + (*y - l.a.y) * vy) / (vx * vx + vy * vy);
-  *x = 2 * (l.a.x + s * vx) - *x;
-  *y = 2 * (l.a.y + s * vy) - *y;
-  return 1;
-}
-
 }  // namespace
 
+// GEOS's C API has no affine call, so the reference applies textbook formulas through
+// GEOSGeom_transformXY to GEOS's own coordinate sequences.
 TEST(ShapeTransformsAgainstGeos, RotationAndMirrorAgreeOnRandomShapes) {
   GeosOracle oracle;
   std::mt19937 rng(20240611);
@@ -168,6 +151,21 @@ TEST(ShapeTransformsAgainstGeos, RotationAndMirrorAgreeOnRandomShapes) {
     for (auto& p : r) p = {u(rng), u(rng)};
     r.push_back(r.front());
     return r;
+  };
+  const GEOSTransformXYCallback rotate_counter_clockwise_by_minus_angle = [](double* x, double* y, void* data) {
+    const Params& r = *static_cast<Params*>(data);
+    const double th = -r.angle, dx = *x - r.cx, dy = *y - r.cy;
+    *x = r.cx + dx * std::cos(th) - dy * std::sin(th);
+    *y = r.cy + dx * std::sin(th) + dy * std::cos(th);
+    return 1;
+  };
+  const GEOSTransformXYCallback reflect_by_projection = [](double* x, double* y, void* data) {
+    const Params& l = *static_cast<Params*>(data);
+    const double vx = l.b.x - l.a.x, vy = l.b.y - l.a.y;
+    const double s = ((*x - l.a.x) * vx + (*y - l.a.y) * vy) / (vx * vx + vy * vy);
+    *x = 2 * (l.a.x + s * vx) - *x;
+    *y = 2 * (l.a.y + s * vy) - *y;
+    return 1;
   };
   auto transformed = [&](const Bytes& blob, GEOSTransformXYCallback f, Params* p) {
     GeosGeom g(oracle, oracle.to_geos(blob.data()));

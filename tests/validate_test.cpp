@@ -15,7 +15,9 @@ namespace {
 struct Outcome {
   uint32_t valid;
   int32_t status;
+  bool operator==(const Outcome& o) const { return valid == o.valid && status == o.status; }
 };
+std::ostream& operator<<(std::ostream& os, const Outcome& o) { return os << o.valid << " " << o.status; }
 
 Outcome check(const Bytes& blob, int32_t preset = 0) {
   Misaligned m(blob);
@@ -61,11 +63,7 @@ TEST(Validation, RejectsEachRuleOnAMinimalShape) {
       {"nested members", mpoly(shell, square(2, 2, 1)), XGWKB_E_RINGS_OVERLAP},
       {"equal members", mpoly(shell, shell), XGWKB_E_RINGS_OVERLAP},
   };
-  for (const auto& c : cases) {
-    const Outcome o = check(c.blob);
-    EXPECT_EQ(o.valid, 0u) << c.what;
-    EXPECT_EQ(o.status, c.status) << c.what;
-  }
+  for (const auto& c : cases) EXPECT_EQ(check(c.blob), (Outcome{0, c.status})) << c.what;
   // Holes touching the shell or each other without closing a cycle are fine.
   EXPECT_EQ(check(polygon({shell, left, triangle({9, 1}, {8, 2}, {9, 3})})).valid, 1u);
 }
@@ -84,11 +82,7 @@ TEST(Validation, AcceptsValidShapesOfEveryType) {
       multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 4)}), polygon({square(4, 4, 4)})}),
       multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 4)}), polygon({triangle({6, 4}, {4, 2}, {6, 0})})}),
   };
-  for (const Bytes& b : shapes) {
-    const Outcome o = check(b);
-    EXPECT_EQ(o.valid, 1u) << "type " << b[1];
-    EXPECT_EQ(o.status, 0) << "type " << b[1];
-  }
+  for (const Bytes& b : shapes) EXPECT_EQ(check(b), (Outcome{1, 0})) << "type " << b[1];
 }
 
 TEST(Validation, StatusWordRules) {
@@ -99,8 +93,7 @@ TEST(Validation, StatusWordRules) {
   EXPECT_EQ(xgWKB_shape_check_WKBdata(nullptr, &status), 0u);
   EXPECT_EQ(status, XGWKB_E_NULL_POINTER | 0x100);
   // Not a geometry: no verdict, the status stays as preset.
-  const Outcome nil_outcome = check(nil(), 123);
-  EXPECT_EQ(std::make_pair(nil_outcome.valid, nil_outcome.status), std::make_pair(0u, 123));
+  EXPECT_EQ(check(nil(), 123), (Outcome{0, 123}));
   // An empty polygon's -82 is ORed in as well.
   EXPECT_EQ(check(polygon({}), 0x1000).status, XGWKB_E_INTEGRITY | 0x1000);
   // Assigned codes replace the preset value.

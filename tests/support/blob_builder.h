@@ -17,6 +17,7 @@ using Ring = std::vector<_xgWKB_POINT>;
 void put_u32(Bytes& b, uint32_t v);
 void put_f64(Bytes& b, double v);
 void put_header(Bytes& b, uint32_t type);
+Bytes header(uint32_t type);  // a blob of the header alone
 
 Bytes point(double x, double y);
 Bytes linestring(const Ring& pts);

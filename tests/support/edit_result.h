@@ -3,6 +3,8 @@
 #ifndef XGGEO_TESTS_EDIT_RESULT_H
 #define XGGEO_TESTS_EDIT_RESULT_H
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <string>
 
@@ -17,7 +19,13 @@ struct Out {
   Out(const Out&) = delete;
   ~Out() { xgWKB_shape_free(p); }
   // The result's bytes, sized by xgWKB_shape_get_WKB_size (which must accept it); nil: 5 bytes.
-  Bytes bytes() const;
+  Bytes bytes() const {
+    uint32_t size = 5;
+    if (!xgWKB_shape_is_nil(p)) {
+      EXPECT_EQ(xgWKB_shape_get_WKB_size(p, &size), 0);
+    }
+    return Bytes(p, p + size);
+  }
 };
 
 // A call of an operation, given the out-pointer to fill.
@@ -45,7 +53,18 @@ struct EditCase {
 
 // Runs the case: status, then the result's bytes and size, or nothing handed out, or (on a
 // failure) a block that the caller frees (leaks and double frees show under the sanitizers).
-void check_edit(const EditCase& c);
+inline void check_edit(const EditCase& c) {
+  SCOPED_TRACE(c.name);
+  Out out;
+  ASSERT_EQ(c.call(&out.p), c.status);
+  if (!c.expected.empty()) {
+    EXPECT_EQ(out.bytes(), c.expected);
+  } else if (c.hands_out_block) {
+    EXPECT_NE(out.p, nullptr);
+  } else {
+    EXPECT_EQ(out.p, nullptr);
+  }
+}
 
 }  // namespace xgtest
 
