@@ -72,12 +72,9 @@ TEST(PointCopies, OnePartAtATime) {
 }
 
 TEST(AllPoints, OffsetsOfPolygonsAndMultipolygons) {
+  // The entries written to the offset arrays, followed by one left alone, and the last point.
   using Offsets = std::vector<int32_t>;
-  const struct {
-    Bytes blob;
-    Offsets parts, subs;  // the array entries written, followed by one left alone
-    _xgWKB_POINT last;
-  } cases[] = {
+  const struct { Bytes blob; Offsets parts, subs; _xgWKB_POINT last; } cases[] = {
       {kPolygon, {0, 5, -9}, {0, 5, -9}, {53, 3}},
       {multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({ring_n(0, 5)}), polygon({ring_n(9, 5)})}), {0, 1, -9}, {0, 5, -9},
        {13, 4}},

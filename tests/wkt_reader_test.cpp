@@ -100,19 +100,16 @@ TEST(WktType, NamesTheCodeOfTheFirstWord) {
 TEST(WktSize, EstimatesOnlyTextsWithoutBlanksAfterTheParentheses) {
   constexpr int32_t kUntouched = -7;
   const struct { const char* text; int32_t status, size; } cases[] = {
-      {"polygon empty", XGWKB_OK, 5},
-      {"point (1 2)", XGWKB_OK, 21},
+      {"polygon empty", XGWKB_OK, 5},  {"point (1 2)", XGWKB_OK, 21},
       {"multipoint (1 2,3 4)", XGWKB_OK, kUntouched},  // every readable text has a blank
-      {"multipoint (1,2)", XGWKB_OK, 51},
-      {"linestring (1,2,3)", XGWKB_OK, 16 * 3 + 9},
+      {"multipoint (1,2)", XGWKB_OK, 51}, {"linestring (1,2,3)", XGWKB_OK, 16 * 3 + 9},
       {"multilinestring ((1,2),(3,4,5))", XGWKB_OK, 16 * 5 + 9 * 2 + 9},
       {"polygon ((1,2),(3,4))", XGWKB_OK, 16 * 4 + 4 * 2 + 9},
       {"multipolygon (((1,2)),((3,4),(5,6)))", XGWKB_OK, 16 * 6 + 4 * 3 + 9 * 2 + 9},
       {"multipoint (1,2", XGWKB_OK, kUntouched},    // ends inside the sequence
       {"polygon ((1,2),3)", XGWKB_OK, kUntouched},  // a separator out of place
       {"polygon (1,2)", XGWKB_OK, kUntouched},      // one "(" short
-      {"HoriDim (1,2)", XGWKB_E_INVALID_ENTITY, 0},
-      {nullptr, XGWKB_E_NULL_POINTER, kUntouched},
+      {"HoriDim (1,2)", XGWKB_E_INVALID_ENTITY, 0}, {nullptr, XGWKB_E_NULL_POINTER, kUntouched},
   };
   for (const auto& c : cases) {
     int32_t size = kUntouched;
