@@ -127,6 +127,7 @@ TEST(RelateSharedEdges, FollowTheInteriorsOnEitherSideAndClosedLinesHaveNoEnds) 
       {"start of a closed line", point(0, 0), linestring(square(0, 0, 4)), 1, 0, 0, 0},
       {"joint of two members", point(4, 0), two, 1, 0, 0, 0},
       {"free end of two members", point(0, 0), two, 0, 1, 0, 0},
+      {"line through the joint of two members", linestring({{2, -2}, {6, 2}}), two, 0, 0, 0, 1},
   };
   for (const auto& c : cases) {
     std::vector<int32_t> got;  // within, touching, overlapping, crossing, disjoint
