@@ -3,57 +3,40 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <memory>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "support/blob_builder.h"
+#include "support/edit_result.h"
 #include "support/geos_oracle.h"
 
 using namespace xgtest;
 
 namespace {
 
-struct Freer {
-  void operator()(unsigned char* p) const { xgWKB_shape_free(p); }
-};
-using Shape = std::unique_ptr<unsigned char, Freer>;
-
-// A closed star-shaped ring around c: m vertices at jittered angles, radii in [0.7r, r].
-Ring star_ring(std::mt19937& rng, _xgWKB_POINT c, double r, int m, bool clockwise) {
-  std::uniform_real_distribution<double> jitter(0.1, 0.9), radius(0.7 * r, r);
-  Ring ring;
-  for (int i = 0; i < m; ++i) {
-    const double a = (i + jitter(rng)) * 2 * M_PI / m * (clockwise ? -1 : 1);
-    const double rr = radius(rng);
-    ring.push_back({c.x + rr * std::cos(a), c.y + rr * std::sin(a)});
-  }
-  ring.push_back(ring.front());
-  return ring;
-}
-
 // A simple polygon with up to four holes placed apart from each other inside the outer ring.
+// Rings are star-shaped: jittered angles, radii in [0.7r, r], either orientation.
 Bytes random_polygon(std::mt19937& rng, int holes) {
-  std::uniform_real_distribution<double> centre(-1000, 1000), size(1, 500);
-  std::bernoulli_distribution flip(0.5);
-  std::uniform_int_distribution<int> count(3, 40), outer_count(16, 60);
+  std::uniform_real_distribution<double> centre(-1000, 1000), size(1, 500), jitter(0.1, 0.9), unit(0.7, 1);
+  auto star = [&](_xgWKB_POINT c, double r, int m) {
+    const double turn = (rng() % 2 ? 2 : -2) * M_PI / m;
+    Ring ring;
+    for (int i = 0; i < m; ++i) {
+      const double a = (i + jitter(rng)) * turn, rr = r * unit(rng);
+      ring.push_back({c.x + rr * std::cos(a), c.y + rr * std::sin(a)});
+    }
+    ring.push_back(ring.front());
+    return ring;
+  };
   const _xgWKB_POINT c{centre(rng), centre(rng)};
   const double r = size(rng);
   // With 16 or more vertices the outer ring keeps clear of the holes, which reach 0.6 r.
-  std::vector<Ring> rings = {star_ring(rng, c, r, outer_count(rng), flip(rng))};
+  std::vector<Ring> rings = {star(c, r, 16 + static_cast<int>(rng() % 45))};
   for (int h = 0; h < holes; ++h) {
-    const double a = h * M_PI / 2;
-    const _xgWKB_POINT hc{c.x + 0.4 * r * std::cos(a), c.y + 0.4 * r * std::sin(a)};
-    rings.push_back(star_ring(rng, hc, 0.2 * r, count(rng), flip(rng)));
+    const _xgWKB_POINT hc{c.x + 0.4 * r * std::cos(h * M_PI / 2), c.y + 0.4 * r * std::sin(h * M_PI / 2)};
+    rings.push_back(star(hc, 0.2 * r, 3 + static_cast<int>(rng() % 38)));
   }
   return polygon(rings);
-}
-
-double area(const Bytes& s, int32_t part) {
-  double a = -1;
-  EXPECT_EQ(xgWKB_shape_get_area(Misaligned(s).data(), part, &a), 0);
-  return a;
 }
 
 }  // namespace
@@ -67,8 +50,7 @@ TEST(Metrics, AreaLengthAndCentroidMatchGeosOnRandomPolygons) {
     const Misaligned m(poly);
     GeosGeom g(oracle, oracle.to_geos(poly.data()));
     ASSERT_EQ(GEOSisValid_r(oracle.handle(), g.get()), 1) << trial;
-    double want = 0;
-    double got = 0;
+    double want = 0, got = 0;
     ASSERT_EQ(GEOSArea_r(oracle.handle(), g.get(), &want), 1);
     ASSERT_EQ(xgWKB_shape_get_area(m.data(), 0, &got), 0);
     EXPECT_NEAR(got, want, 1e-9 * want) << trial;
@@ -88,65 +70,52 @@ TEST(Metrics, AreaLengthAndCentroidMatchGeosOnRandomPolygons) {
   }
 }
 
-TEST(Metrics, PolygonAreaIndexSkipsTheSecondRingAndAddsNoClosingTerm) {
+TEST(Metrics, AreaByPartIndex) {
+  // A polygon's index skips the second ring (0 and 2 answer the whole of a one-hole polygon); a
+  // ring's area adds no closing term.
   const Bytes one_hole = polygon({square(0, 0, 10), square(2, 2, 2)});
-  EXPECT_DOUBLE_EQ(area(one_hole, 0), 96);
-  EXPECT_DOUBLE_EQ(area(one_hole, 1), 100);
-  EXPECT_DOUBLE_EQ(area(one_hole, 2), 96);  // the ring count answers the whole polygon
   const Bytes two_holes = polygon({square(0, 0, 10), square(1, 1, 1), square(5, 5, 3)});
-  EXPECT_DOUBLE_EQ(area(two_holes, 2), 9);   // the third ring
-  EXPECT_DOUBLE_EQ(area(two_holes, 3), 90);
+  const Bytes mpg = multi(XGWKB_TYPE_MULTIPOLYGON, {one_hole, polygon({square(20, 0, 3)})});
+  const struct { Bytes blob; int32_t part; double area; } cases[] = {
+      {one_hole, 0, 96}, {one_hole, 1, 100}, {one_hole, 2, 96}, {two_holes, 2, 9}, {two_holes, 3, 90},
+      {mpg, 0, 105},     {mpg, 1, 96},       {mpg, 2, 9},
+      {polygon({{{1, 1}, {3, 1}, {3, 3}, {1, 3}}}), 0, 5}};  // stored edges sum to 10, not 8
+  for (const auto& c : cases) {
+    double a = -1;
+    EXPECT_EQ((std::pair{xgWKB_shape_get_area(Misaligned(c.blob).data(), c.part, &a), a}), (std::pair{0, c.area}))
+        << c.blob[1] << "/" << c.part;
+  }
   double a = -1;
   EXPECT_EQ(xgWKB_shape_get_area(two_holes.data(), 4, &a), -135);
   EXPECT_EQ(a, 0);
-  // No closing term: the stored edges of (1,1) (3,1) (3,3) (1,3) sum to 10, half of it 5, not 4.
-  EXPECT_DOUBLE_EQ(area(polygon({{{1, 1}, {3, 1}, {3, 3}, {1, 3}}}), 0), 5);
 }
 
-TEST(Metrics, MultipolygonAreaAndLengthByPart) {
-  const Bytes mpg = multi(XGWKB_TYPE_MULTIPOLYGON,
-                          {polygon({square(0, 0, 10), square(2, 2, 2)}), polygon({square(20, 0, 3)})});
-  EXPECT_DOUBLE_EQ(area(mpg, 0), 105);
-  EXPECT_DOUBLE_EQ(area(mpg, 1), 96);
-  EXPECT_DOUBLE_EQ(area(mpg, 2), 9);
-  double len = -1;
-  ASSERT_EQ(xgWKB_shape_get_length(mpg.data(), 1, &len), 0);
-  EXPECT_DOUBLE_EQ(len, 48);
-}
-
-TEST(Metrics, LengthRefusesPointsAndForeignTypes) {
-  struct Case {
-    std::string name;
-    Bytes shape;
-    int32_t part;
-    int32_t status;
-    double length;
-  } cases[] = {
-      {"polygon ring 2", polygon({square(0, 0, 10), square(2, 2, 2)}), 2, 0, 8},
-      {"multiline member 2", multi(XGWKB_TYPE_MULTILINESTRING,
-                                   {linestring({{0, 0}, {1, 0}}), linestring({{0, 0}, {0, 5}})}), 2, 0, 5},
-      {"multiline part too large", multi(XGWKB_TYPE_MULTILINESTRING, {linestring({{0, 0}, {1, 0}})}), 2, -135, 0},
-      {"multipoint", multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1)}), 0, -27, 0},
-      {"nil", nil(), 0, -134, 0},
+TEST(Metrics, LengthByPartAndItsRefusals) {
+  const Bytes ml = multiline({{{0, 0}, {1, 0}}, {{0, 0}, {0, 5}}});
+  const struct { Bytes shape; int32_t part, status; double length; } cases[] = {
+      {polygon({square(0, 0, 10), square(2, 2, 2)}), 2, 0, 8},
+      {multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 10), square(2, 2, 2)}), polygon({square(20, 0, 3)})}),
+       1, 0, 48},
+      {ml, 2, 0, 5},
+      {ml, 3, -135, 0},
+      {multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1)}), 0, -27, 0},
+      {nil(), 0, -134, 0},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     double len = -1;
-    EXPECT_EQ(xgWKB_shape_get_length(Misaligned(c.shape).data(), c.part, &len), c.status) << c.name;
-    EXPECT_DOUBLE_EQ(len, c.length) << c.name;
+    EXPECT_EQ((std::pair{xgWKB_shape_get_length(Misaligned(c.shape).data(), c.part, &len), len}),
+              (std::pair{c.status, c.length})) << c.shape[1];
   }
 }
 
 TEST(Metrics, CentroidUsesTheOuterRingOnly) {
   _xgWKB_POINT c{};
   ASSERT_EQ(xgWKB_shape_get_centroid(polygon({square(0, 0, 10), square(6, 6, 3)}).data(), &c), 0);
-  EXPECT_DOUBLE_EQ(c.x, 5);
-  EXPECT_DOUBLE_EQ(c.y, 5);
+  EXPECT_EQ(std::make_pair(c.x, c.y), std::make_pair(5.0, 5.0));
   // A degenerate ring answers its first point.
   ASSERT_EQ(xgWKB_shape_get_centroid(polygon({{{2, 2}, {4, 4}, {6, 6}, {2, 2}}}).data(), &c), 0);
-  EXPECT_EQ(c.x, 2);
-  EXPECT_EQ(c.y, 2);
-  const Bytes mpg = multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 1)})});
-  EXPECT_EQ(xgWKB_shape_get_centroid(mpg.data(), &c), -134);
+  EXPECT_EQ(std::make_pair(c.x, c.y), std::make_pair(2.0, 2.0));
+  EXPECT_EQ(xgWKB_shape_get_centroid(multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 1)})}).data(), &c), -134);
   EXPECT_EQ(xgWKB_shape_get_centroid(nullptr, &c), -65);
 }
 
@@ -155,39 +124,23 @@ TEST(Metrics, IsCloseComparesEndPointsWithinTheTolerance) {
   EXPECT_EQ(xgWKB_shape_is_close(almost.data(), 0.1), 1);
   EXPECT_EQ(xgWKB_shape_is_close(almost.data(), 0.05), 0);
   EXPECT_EQ(xgWKB_shape_is_close(multi(XGWKB_TYPE_MULTILINESTRING, {}).data(), 0.1), 1);
-  EXPECT_EQ(xgWKB_shape_is_close(multi(XGWKB_TYPE_MULTILINESTRING, {linestring(square(0, 0, 1)), almost}).data(), 0.05), 0);
+  EXPECT_EQ(xgWKB_shape_is_close(multiline({square(0, 0, 1), {{0, 0}, {1, 0}, {0.05, 0}}}).data(), 0.05), 0);
   EXPECT_EQ(xgWKB_shape_is_close(polygon({square(0, 0, 1)}).data(), 0.1), -27);
 }
 
 TEST(Metrics, BoundaryOfEachType) {
-  const Bytes open = linestring({{0, 0}, {2, 2}, {5, 5}});
-  struct Case {
-    std::string name;
-    Bytes shape;
-    int32_t status;
-    Bytes want;
-  } cases[] = {
-      {"open line", open, 0, multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(5, 5)})},
-      {"closed line", linestring(square(0, 0, 1)), 0, nil()},
-      {"point", point(1, 1), -208, nil()},
-      {"lines sharing an end", multi(XGWKB_TYPE_MULTILINESTRING, {open, linestring({{5, 5}, {9, 0}})}), 0,
-       multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(9, 0)})},
-      {"three lines at one point keep it", multi(XGWKB_TYPE_MULTILINESTRING,
-           {linestring({{0, 0}, {1, 0}}), linestring({{0, 0}, {0, 1}}), linestring({{-1, 0}, {0, 0}})}), 0,
-       multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 0), point(0, 1), point(-1, 0)})},
-      {"every end cancelled", multi(XGWKB_TYPE_MULTILINESTRING,
-           {linestring({{0, 0}, {1, 0}}), linestring({{1, 0}, {1, 1}}), linestring({{1, 1}, {0, 0}})}), 0, nil()},
+  const Ring open = {{0, 0}, {2, 2}, {5, 5}};
+  auto mpoint = [](std::initializer_list<Bytes> pts) { return multi(XGWKB_TYPE_MULTIPOINT, pts); };
+  auto boundary = [](const Bytes& shape) { return on(xgWKB_shape_get_boundary, Misaligned(shape)); };
+  const EditCase cases[] = {
+      {"open line", boundary(linestring(open)), 0, mpoint({point(0, 0), point(5, 5)})},
+      {"closed line", boundary(linestring(square(0, 0, 1))), 0, nil()},
+      {"point", boundary(point(1, 1)), -208, nil()},
+      {"a shared end cancels", boundary(multiline({open, {{5, 5}, {9, 0}}})), 0, mpoint({point(0, 0), point(9, 0)})},
+      {"three ends at one point stay", boundary(multiline({{{0, 0}, {1, 0}}, {{0, 0}, {0, 1}}, {{-1, 0}, {0, 0}}})), 0,
+       mpoint({point(0, 0), point(1, 0), point(0, 1), point(-1, 0)})},
+      {"every end cancelled", boundary(multiline({{{0, 0}, {1, 0}}, {{1, 0}, {1, 1}}, {{1, 1}, {0, 0}}})), 0, nil()},
+      {"nil", boundary(nil()), -134},
   };
-  for (const Case& c : cases) {
-    unsigned char* out = nullptr;
-    EXPECT_EQ(xgWKB_shape_get_boundary(Misaligned(c.shape).data(), &out), c.status) << c.name;
-    ASSERT_NE(out, nullptr) << c.name;
-    Shape hold(out);
-    uint32_t size = 5;
-    xgWKB_shape_get_WKB_size(out, &size);
-    EXPECT_EQ(Bytes(out, out + size), c.want) << c.name;
-  }
-  unsigned char* out = nullptr;
-  EXPECT_EQ(xgWKB_shape_get_boundary(nil().data(), &out), -134);
-  EXPECT_EQ(out, nullptr);
+  for (const EditCase& c : cases) check_edit(c);
 }

@@ -15,7 +15,7 @@
 #include <random>
 #include <string>
 
-#include "relate/point_runs.h"
+#include "core/blob.h"
 #include "support/blob_builder.h"
 #include "support/geos_oracle.h"
 
@@ -60,27 +60,20 @@ class ShapeGen {
   // A shape of the type; point types may take their points from `near`'s vertices.
   Bytes make(uint32_t type, const Ring& near) {
     switch (type) {
-      case XGWKB_TYPE_POINT: {
-        const _xgWKB_POINT p = some_point(near);
-        return point(p.x, p.y);
-      }
+      case XGWKB_TYPE_POINT:
+        return some_point(near);
       case XGWKB_TYPE_LINESTRING:
         return linestring(line());
       case XGWKB_TYPE_POLYGON:
         return polygon(poly(pos(), pos(), real(1.5, 4)));
       case XGWKB_TYPE_MULTIPOINT: {
-        std::vector<Bytes> pts;
-        const int k = 1 + static_cast<int>(rng_() % 4);
-        for (int i = 0; i < k; ++i) {
-          const _xgWKB_POINT p = some_point(near);
-          pts.push_back(point(p.x, p.y));
-        }
+        std::vector<Bytes> pts(1 + rng_() % 4);
+        for (Bytes& p : pts) p = some_point(near);
         return multi(type, pts);
       }
       case XGWKB_TYPE_MULTILINESTRING: {
-        std::vector<Bytes> lines;
-        const int k = 1 + static_cast<int>(rng_() % 3);
-        for (int i = 0; i < k; ++i) lines.push_back(linestring(line()));
+        std::vector<Bytes> lines(1 + rng_() % 3);
+        for (Bytes& l : lines) l = linestring(line());
         return multi(type, lines);
       }
       default: {
@@ -106,9 +99,14 @@ class ShapeGen {
   double snap(double v) { return grid_ ? std::round(v) : v; }
   double pos() { return snap(real(0, 10)); }
 
-  _xgWKB_POINT some_point(const Ring& near) {
-    if (!near.empty() && rng_() % 2 == 0) return near[rng_() % near.size()];
-    return {pos(), pos()};
+  // A point blob, half the time at one of near's vertices.
+  Bytes some_point(const Ring& near) {
+    if (!near.empty() && rng_() % 2 == 0) {
+      const _xgWKB_POINT& p = near[rng_() % near.size()];
+      return point(p.x, p.y);
+    }
+    const double x = pos();
+    return point(x, pos());
   }
 
   // A random walk of 2 to 5 vertices without repeated points, or now and then a closed line.
@@ -167,12 +165,8 @@ class ShapeGen {
 };
 
 Ring vertices_of(const Bytes& blob) {
-  xg::ShapeRuns runs;
-  runs.load(blob.data(), false);
   Ring out;
-  for (uint32_t r = 0; r < runs.run_count(); ++r) {
-    out.insert(out.end(), runs.run(r).p, runs.run(r).p + runs.run(r).n);
-  }
+  xg::for_each_coord(blob.data(), [&](const unsigned char* at) { out.push_back(xg::load_point(at)); });
   return out;
 }
 

@@ -12,18 +12,18 @@ namespace {
 
 struct ToolRun {
   int exit_code = -1;
-  std::string out;
-  std::string err;
+  std::string out, err;
 };
 
+#if defined(XGGEO_TOOL) && defined(XGGEO_EXAMPLES_DIR)
+#define SKIP_WITHOUT_TOOL()
 // Runs `xggeo ARGS` (quoted by the caller) in the examples directory, with stdin_text on stdin.
 ToolRun xggeo(const std::string& args, const std::string& stdin_text = "") {
   ToolRun r;
-#if defined(XGGEO_TOOL) && defined(XGGEO_EXAMPLES_DIR)
   char err_path[] = "/tmp/xggeo_tool_test_XXXXXX";
   close(mkstemp(err_path));
-  const std::string command = std::string("cd '") + XGGEO_EXAMPLES_DIR + "' && printf '%s' '" +
-                              stdin_text + "' | '" + XGGEO_TOOL + "' " + args + " 2>" + err_path;
+  const std::string command = std::string("cd '") + XGGEO_EXAMPLES_DIR + "' && printf '%s' '" + stdin_text +
+                              "' | '" + XGGEO_TOOL + "' " + args + " 2>" + err_path;
   FILE* pipe = popen(command.c_str(), "r");
   char buf[4096];
   for (std::size_t n; (n = fread(buf, 1, sizeof buf, pipe)) > 0;) r.out.append(buf, n);
@@ -33,66 +33,31 @@ ToolRun xggeo(const std::string& args, const std::string& stdin_text = "") {
   err << std::ifstream(err_path).rdbuf();
   r.err = err.str();
   std::remove(err_path);
-#else
-  (void)args;
-  (void)stdin_text;
-#endif
   return r;
 }
-
-bool tool_built() {
-#if defined(XGGEO_TOOL)
-  return true;
 #else
-  return false;
+#define SKIP_WITHOUT_TOOL() GTEST_SKIP() << "the xggeo tool is not built"
+ToolRun xggeo(const std::string&, const std::string& = "") { return {}; }
 #endif
-}
 
 }  // namespace
 
-TEST(XggeoTool, WritesBackEachGeometryOfAFile) {
-  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
-  const ToolRun r = xggeo("wkt -a @data/points.wkt");
-  EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_EQ(r.out,
-            "point (1.500000 -2.000000)\n"
-            "point (100000000000000000000.000000 -0.000000)\n"
-            "multipoint (0.000000 0.000000,1.000000 1.000000,2.000000 4.000000)\n"
-            "multipoint (3.000000 3.000000\n");
-  EXPECT_EQ(r.err, "");
-}
-
-TEST(XggeoTool, ReadsStandardInputLineByLineByDefault) {
-  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
-  const ToolRun r = xggeo("type", "point (1 2)\n\n# note\nlinestring (0 0,1 1)\r\npolygon empty\n");
-  EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_EQ(r.out, "1\n2\n0\n");
-}
-
 TEST(XggeoTool, ReportsStatusAndMessageOfFailedGeometriesAndGoesOn) {
-  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
-  const ToolRun r = xggeo("points -a @data/mixed.wkt");
+  SKIP_WITHOUT_TOOL();
+  const ToolRun r = xggeo("points -a @data/mixed.wkt");  // read from a file
   EXPECT_EQ(r.exit_code, 1);
   EXPECT_EQ(r.out, "1\n2\n4\n8\n");
   // -27 with its message in UTF-8 ("invalid entity")
-  EXPECT_NE(r.err.find("mixed.wkt:8: status -27: \xE6\x97\xA0\xE6\x95\x88\xE7\x9A\x84"),
-            std::string::npos)
-      << r.err;
+  EXPECT_NE(r.err.find("mixed.wkt:8: status -27: \xE6\x97\xA0\xE6\x95\x88\xE7\x9A\x84"), std::string::npos) << r.err;
   EXPECT_NE(r.err.find("mixed.wkt:6: not a text in the library's WKT dialect"), std::string::npos);
-}
-
-TEST(XggeoTool, TakesNegativeNumbersAsArguments) {
-  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
-  const ToolRun r = xggeo("extent -1 -a 'polygon ((0 0,1 0,0 0))'");
-  EXPECT_EQ(r.exit_code, 1);
-  EXPECT_NE(r.err.find("status -135"), std::string::npos) << r.err;
-  EXPECT_EQ(xggeo("extent 1 -a 'multilinestring ((0 0,1 1),(2.5 -3,4 4))'").out, "2.5 -3 4 4\n");
+  const ToolRun negative = xggeo("extent -1 -a 'polygon ((0 0,1 0,0 0))'");  // a number, not an option
+  EXPECT_EQ(negative.exit_code, 1);
+  EXPECT_NE(negative.err.find("status -135"), std::string::npos) << negative.err;
 }
 
 TEST(XggeoTool, RejectsBadCommandLinesWithExitTwo) {
-  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
-  for (const char* args : {"", "nosuchop", "wkt 'point (1 2)'", "extent x -a 'point (1 2)'",
-                           "wkt -r 0 -a 'point (1 2)'", "wkt -a", "type -b 'point (1 2)'",
+  SKIP_WITHOUT_TOOL();
+  for (const char* args : {"", "nosuchop", "wkt 'point (1 2)'", "extent x -a 'point (1 2)'", "wkt -a",
                            "wkt -a @no/such/file.wkt"}) {
     const ToolRun r = xggeo(args);
     EXPECT_EQ(r.exit_code, 2) << args;
@@ -101,51 +66,25 @@ TEST(XggeoTool, RejectsBadCommandLinesWithExitTwo) {
   }
 }
 
-TEST(XggeoTool, HelpsAndRepeatsRunsPrintingOnce) {
-  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
-  const ToolRun help = xggeo("--help");
-  EXPECT_EQ(help.exit_code, 0);
-  EXPECT_NE(help.out.find("points [PART [SUBPART]]"), std::string::npos) << help.out;
-  EXPECT_EQ(xggeo("points --help").out.rfind("usage: xggeo points [PART [SUBPART]] [-a", 0), 0u);
-  const ToolRun r = xggeo("wkt -r 5 -t -a 'point (1 2)'");
-  EXPECT_EQ(r.out, "point (1.000000 2.000000)\n");
-  EXPECT_NE(r.err.find("1 geometries x 5 runs"), std::string::npos) << r.err;
-}
-
-TEST(XggeoTool, ConstructionMetricsValidationAndTransformOperations) {
-  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
-  const struct {
-    const char* args;
-    const char* out;
-  } cases[] = {
-      {"area -a 'polygon ((0 0,10 0,10 10,0 10,0 0),(2 2,2 4,4 4,4 2,2 2))'", "96\n"},
-      {"length -a 'linestring (0 0,3 4,6 0)'", "10\n"},
-      {"centroid -a 'polygon ((0 0,4 0,4 4,0 4,0 0))'", "point (2.000000 2.000000)\n"},
-      {"boundary -a 'linestring (0 0,1 1,2 0)'", "multipoint (0.000000 0.000000,2.000000 0.000000)\n"},
-      {"rect 0 0 2 1", "polygon ((0.000000 0.000000,0.000000 1.000000,2.000000 1.000000,2.000000 0.000000,"
-                       "0.000000 0.000000))\n"},
-      {"valid -a 'polygon ((0 0,4 0,4 4,0 4,0 0))'", "true\n"},
-      {"move -5 2.5 -a 'point (1 1)'", "point (-4.000000 3.500000)\n"},
-      {"mirror 0 0 1 1 -a 'point (1 0)'", "point (0.000000 1.000000)\n"},
-      {"stretch 0 0 2 3 -a 'point (1 1)'", "point (2.000000 3.000000)\n"},
+TEST(XggeoTool, RunsEachKindOfOperation) {
+  SKIP_WITHOUT_TOOL();
+  const std::string square = " -b 'polygon ((0 0,10 0,10 10,0 10,0 0))'";
+  const struct { std::string args, in, out; } cases[] = {
+      {"type", "point (1 2)\n\n# note\nlinestring (0 0,1 1)\r\npolygon empty\n", "1\n2\n0\n"},
+      {"extent 1 -a 'multilinestring ((0 0,1 1),(2.5 -3,4 4))'", "", "2.5 -3 4 4\n"},
+      {"area -a 'polygon ((0 0,10 0,10 10,0 10,0 0),(2 2,2 4,4 4,4 2,2 2))'", "", "96\n"},
+      {"rect 0 0 2 1", "",
+       "polygon ((0.000000 0.000000,0.000000 1.000000,2.000000 1.000000,2.000000 0.000000,0.000000 0.000000))\n"},
+      {"valid -a 'polygon ((0 0,10 10,10 0,0 10,0 0))'", "",  // the rule broken, in UTF-8
+       "false -155 \xE7\xBA\xBF\xE6\x88\x96\xE9\x9D\xA2\xE7\x9A\x84\xE8\xBE\xB9\xE7\x95\x8C\xE8\x87\xAA\xE4\xBA\xA4\n"},
+      {"mirror 0 0 1 1 -a 'point (1 0)'", "", "point (0.000000 1.000000)\n"},
+      {"within" + square, "point (5 5)\npoint (10 5)\npoint (15 5)\n", "true\nfalse\nfalse\n"},
+      {"touches 0.0001 -a 'point (10.00005 3)'" + square, "", "true\n"},
+      {"touches 0.00001 -a 'point (10.00005 3)'" + square, "", "false\n"},
   };
   for (const auto& c : cases) {
-    const ToolRun r = xggeo(c.args);
+    const ToolRun r = xggeo(c.args, c.in);
     EXPECT_EQ(r.exit_code, 0) << c.args << ": " << r.err;
     EXPECT_EQ(r.out, c.out) << c.args;
   }
-  // An invalid shape is reported with the rule it breaks, in UTF-8.
-  const ToolRun bowtie = xggeo("valid -a 'polygon ((0 0,10 10,10 0,0 10,0 0))'");
-  EXPECT_EQ(bowtie.out, "false -155 \xE7\xBA\xBF\xE6\x88\x96\xE9\x9D\xA2\xE7\x9A\x84\xE8\xBE\xB9\xE7\x95\x8C\xE8\x87\xAA\xE4\xBA\xA4\n");
-  EXPECT_EQ(xggeo("circle 0 0 -1").exit_code, 1);  // -66: negative radius
-}
-
-TEST(XggeoTool, RelationOperationsPairEachGeometryWithB) {
-  if (!tool_built()) GTEST_SKIP() << "the xggeo tool is not built";
-  const std::string square = " -b 'polygon ((0 0,10 0,10 10,0 10,0 0))'";
-  EXPECT_EQ(xggeo("within" + square, "point (5 5)\npoint (10 5)\npoint (15 5)\n").out, "true\nfalse\nfalse\n");
-  EXPECT_EQ(xggeo("touches" + square, "point (5 5)\npoint (10 5)\n").out, "false\ntrue\n");
-  EXPECT_EQ(xggeo("crosses -a 'linestring (-5 5,15 5)'" + square).out, "true\n");
-  EXPECT_EQ(xggeo("touches 0.0001 -a 'point (10.00005 3)'" + square).out, "true\n");
-  EXPECT_EQ(xggeo("touches 0.00001 -a 'point (10.00005 3)'" + square).out, "false\n");
 }

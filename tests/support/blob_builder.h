@@ -17,15 +17,18 @@ using Ring = std::vector<_xgWKB_POINT>;
 void put_u32(Bytes& b, uint32_t v);
 void put_f64(Bytes& b, double v);
 void put_header(Bytes& b, uint32_t type);
+Bytes header(uint32_t type);  // a blob of the header alone
 
 Bytes point(double x, double y);
 Bytes linestring(const Ring& pts);
 Bytes polygon(const std::vector<Ring>& rings);
 Bytes multi(uint32_t type, const std::vector<Bytes>& members);
+Bytes multiline(const std::vector<Ring>& lines);  // one member per run
 Bytes nil();
 
-// A copy of a blob placed at an odd address inside a larger buffer, so that every double in it
-// is misaligned; keeps the storage alive while the test uses data().
+// A copy of a blob placed at an odd address at the end of a heap buffer, so that every double in
+// it is misaligned and nothing past it can be read unnoticed; keeps the storage alive while the
+// test uses data().
 class Misaligned {
  public:
   explicit Misaligned(const Bytes& blob, std::size_t shift = 3);
