@@ -135,13 +135,13 @@ Verdict check_polygon(const byte* polygon) {
     graph.link(0, k);
   }
   // Holes whose boxes are far apart cannot touch; the box test needs rings free of NaN.
-  std::vector<char> plain(count);
-  for (uint32_t k = 0; k < count; ++k) plain[k] = !has_nan(rings[k]);
+  std::vector<char> no_nan(count);
+  for (uint32_t k = 0; k < count; ++k) no_nan[k] = !has_nan(rings[k]);
   for (uint32_t j = 1; j < count; ++j) {
     for (uint32_t k = j + 1; k < count; ++k) {
       if (ring_overlaps_ring(rings[j], rings[k], kTol) || ring_overlaps_ring(rings[k], rings[j], kTol))
         return fail(XGWKB_E_RINGS_OVERLAP);
-      if (plain[j] && plain[k] && lines_out_of_reach(rings[j], rings[k], kTol)) continue;
+      if (no_nan[j] && no_nan[k] && lines_out_of_reach(rings[j], rings[k], kTol)) continue;
       if (lines_touch(rings[j], rings[k], kTol)) graph.link(j, k);
     }
   }

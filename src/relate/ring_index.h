@@ -116,8 +116,9 @@ class RingIndex {
   mutable Tables tables_;
 };
 
-// The rings of a polygon, each large one with a RingIndex attached (rings that already carry
-// an index keep it).  Holds the spans and indexes; not copyable.
+// A list of runs (the rings of a polygon, or all the runs of a shape) with a RingIndex attached
+// to each large one (runs that already carry an index keep it).  Holds the spans and indexes;
+// not copyable.
 class IndexedPolygon {
  public:
   IndexedPolygon(const PolySpans& polygon, double t);
