@@ -107,19 +107,4 @@ int32_t wkb_multiline_is_closed_tol(const byte* shape, double t) {
   return closed;
 }
 
-int32_t wkb_boxes_disjoint_tol(const _xgWKB_BOX& a, const _xgWKB_BOX& b, double t) {
-  if (a.maxy + t < b.miny) return 1;
-  if (a.miny - t > b.maxy) return 1;
-  if (a.maxx + t < b.minx) return 1;
-  if (a.minx - t > b.maxx) return 1;
-  return 0;
-}
-
-void wkb_box_of_two_points(const _xgWKB_POINT& a, const _xgWKB_POINT& b, _xgWKB_BOX* box) {
-  box->minx = a.x < b.x ? a.x : b.x;
-  box->maxx = a.x < b.x ? b.x : a.x;
-  box->miny = a.y < b.y ? a.y : b.y;
-  box->maxy = a.y < b.y ? b.y : a.y;
-}
-
 }  // namespace xg

@@ -332,11 +332,23 @@ int32_t wkb_line_is_closed_tol(const byte* shape, double t);
 // 1 when every member of a multilinestring passes wkb_line_is_closed_tol (an empty one passes).
 int32_t wkb_multiline_is_closed_tol(const byte* shape, double t);
 
-// 1 when the boxes are apart by more than t on some side, else 0.
-int32_t wkb_boxes_disjoint_tol(const _xgWKB_BOX& a, const _xgWKB_BOX& b, double t);
+// 1 when the boxes are apart by more than t on some side, else 0.  (Inline: the segment walks
+// call it once per pair of segments.)
+inline int32_t wkb_boxes_disjoint_tol(const _xgWKB_BOX& a, const _xgWKB_BOX& b, double t) {
+  if (a.maxy + t < b.miny) return 1;
+  if (a.miny - t > b.maxy) return 1;
+  if (a.maxx + t < b.minx) return 1;
+  if (a.minx - t > b.maxx) return 1;
+  return 0;
+}
 
 // The box spanned by two points.
-void wkb_box_of_two_points(const _xgWKB_POINT& a, const _xgWKB_POINT& b, _xgWKB_BOX* box);
+inline void wkb_box_of_two_points(const _xgWKB_POINT& a, const _xgWKB_POINT& b, _xgWKB_BOX* box) {
+  box->minx = a.x < b.x ? a.x : b.x;
+  box->maxx = a.x < b.x ? b.x : a.x;
+  box->miny = a.y < b.y ? a.y : b.y;
+  box->maxy = a.y < b.y ? b.y : a.y;
+}
 
 // Grows box to cover other.
 inline void box_merge(_xgWKB_BOX* box, const _xgWKB_BOX& other) {

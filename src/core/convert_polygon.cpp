@@ -7,6 +7,7 @@
 
 #include "core/boundary.h"
 #include "core/construct.h"
+#include "relate/ring_index.h"
 #include "relate/segment_tests.h"
 
 using namespace xg;
@@ -56,8 +57,10 @@ int32_t rings_as_polygons(const byte* multiline, byte** out) {
   });
   const uint32_t k = static_cast<uint32_t>(rings.size());
   if (k != runs.run_count()) return XGWKB_E_INVALID_ENTITY;
+  // Every ring is tested against every other: the large ones get edge indexes.
+  const IndexedPolygon indexed(PolySpans{k > 0 ? &runs.run(0) : nullptr, k}, kFixedTolerance);
   auto inside = [&](uint32_t a, uint32_t b) {
-    return ring_inside_ring(runs.run(a), runs.run(b), kFixedTolerance) != 0;
+    return ring_inside_ring(indexed.spans().rings[a], indexed.spans().rings[b], kFixedTolerance) != 0;
   };
 
   // A ring keeps the first class it is given.  Outer rings are listed in the order classed.

@@ -25,20 +25,10 @@ int32_t locate_on_run(const _xgWKB_POINT& p, const _xgWKB_POINT* pts, uint32_t n
 
 int32_t ring_relation(const _xgWKB_POINT& p, const _xgWKB_POINT* pts, uint32_t n, double t) {
   // Crossing parity over the n-1 stored edges; the ring is expected closed, no closing edge is
-  // added.  An edge counts when it crosses the horizontal through p strictly right of p; the
-  // half-open rule on y (lower end in, upper end out) counts a vertex on that line once.
+  // added.
   int32_t inside = 0;
   for (uint32_t i = 1; i < n; ++i) {
-    const _xgWKB_POINT& prev = pts[i - 1];
-    const _xgWKB_POINT& cur = pts[i];
-    if (segment_relation(p, cur, prev, t) > 0) return 2;  // on an edge or at its ends; cur first
-    const double lhs = (prev.x - cur.x) * (p.y - cur.y);
-    const double rhs = (prev.y - cur.y) * (p.x - cur.x);
-    if (cur.y <= p.y && p.y < prev.y) {
-      if (lhs > rhs) inside ^= 1;
-    } else if (prev.y <= p.y && p.y < cur.y) {
-      if (lhs < rhs) inside ^= 1;
-    }
+    if (ring_edge_step(p, pts[i - 1], pts[i], t, &inside)) return 2;
   }
   return inside;
 }

@@ -9,16 +9,24 @@
 
 namespace xg {
 
-// False only when xgWKB_baseGeo_point_line_relation(p, a, b, t) is certainly not positive, so
-// the exact relation need not be computed.  The relation matches the ends within the fixed
-// 0.0001 and measures in a frame whose angle carries single-precision constants (an error of
-// some 2e-7 radians), so the box of the segment is grown by t, 0.0001 and 1e-6 of its size.
-inline bool may_touch_segment(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
-                              double t) {
+// How far beyond the box of segment (a, b) a point may lie and still relate to the segment.
+// The relation matches the ends within the fixed 0.0001 and measures in a frame whose angle
+// carries single-precision constants (an error of some 2e-7 radians), so the box is grown by
+// t, 0.0001 and 1e-6 of its size.  Symmetric in a and b.  The edge indexes (relate/ring_index.h)
+// grow their ranges by this very expression, so that they drop only edges the test drops.
+inline double touch_margin(const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t) {
   const double tt = t > 0 ? t : 0;
   const double dx = b.x > a.x ? b.x - a.x : a.x - b.x;
   const double dy = b.y > a.y ? b.y - a.y : a.y - b.y;
-  const double g = 1.5 * tt + kFixedTolerance + 1e-6 * (dx + dy);
+  return 1.5 * tt + kFixedTolerance + 1e-6 * (dx + dy);
+}
+
+// False only when xgWKB_baseGeo_point_line_relation(p, a, b, t) is certainly not positive, so
+// the exact relation need not be computed: p lies outside the box of the segment grown by
+// touch_margin.
+inline bool may_touch_segment(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
+                              double t) {
+  const double g = touch_margin(a, b, t);
   const double minx = a.x < b.x ? a.x : b.x;
   const double maxx = a.x < b.x ? b.x : a.x;
   const double miny = a.y < b.y ? a.y : b.y;
@@ -37,6 +45,23 @@ inline int32_t segment_relation(const _xgWKB_POINT& p, const _xgWKB_POINT& a, co
 // Locates p on the run pts[0..n-1]: -(k+1) at vertex k, i inside the segment ending at vertex i
 // (vertices tested before the segment that ends there), 0 off the run.
 int32_t locate_on_run(const _xgWKB_POINT& p, const _xgWKB_POINT* pts, uint32_t n, double t);
+
+// One edge (prev, cur) of the crossing-parity walk of ring_relation: true when p lies on the
+// edge; otherwise *inside flips when the edge crosses the horizontal through p right of p.  An
+// edge can do either only when p.y lies in its y-range grown by touch_margin.
+inline bool ring_edge_step(const _xgWKB_POINT& p, const _xgWKB_POINT& prev, const _xgWKB_POINT& cur,
+                           double t, int32_t* inside) {
+  if (segment_relation(p, cur, prev, t) > 0) return true;  // on the edge or at its ends; cur first
+  // The half-open rule on y (lower end in, upper end out) counts a vertex on the line once.
+  const double lhs = (prev.x - cur.x) * (p.y - cur.y);
+  const double rhs = (prev.y - cur.y) * (p.x - cur.x);
+  if (cur.y <= p.y && p.y < prev.y) {
+    if (lhs > rhs) *inside ^= 1;
+  } else if (prev.y <= p.y && p.y < cur.y) {
+    if (lhs < rhs) *inside ^= 1;
+  }
+  return false;
+}
 
 // Point against the ring pts[0..n-1] by crossing parity over its stored edges (no closing edge
 // is added): 0 outside, 1 inside, 2 on the boundary.

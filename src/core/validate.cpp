@@ -9,6 +9,7 @@
 #include "core/blob.h"
 #include "core/boundary.h"
 #include "core/construct.h"
+#include "relate/ring_index.h"
 #include "relate/segment_tests.h"
 
 using namespace xg;
@@ -67,6 +68,13 @@ Verdict check_ring(PointRun ring) {
   return check_segment_run(ring);
 }
 
+bool has_nan(const Span& run) {
+  for (uint32_t i = 0; i < run.n; ++i) {
+    if (run.p[i].x != run.p[i].x || run.p[i].y != run.p[i].y) return true;
+  }
+  return false;
+}
+
 // Rings that touch each other, one node per ring.  A cycle of touching rings encloses a piece of
 // the interior and cuts it off from the rest.
 class TouchGraph {
@@ -106,32 +114,35 @@ Verdict check_polygon(const byte* polygon) {
   const uint32_t count = shape_count(polygon);
   if (count < 1) return fail_or(XGWKB_E_INTEGRITY);
 
-  std::vector<PointRun> rings;
-  rings.reserve(count);
   Verdict verdict = kValid;
   for_each_ring(polygon, [&](PointRun ring, uint32_t) {
-    rings.push_back(ring);
     if (verdict.ok()) verdict = check_ring(ring);
   });
   if (!verdict.ok()) return verdict;
 
-  std::vector<RingLine> lines;
-  lines.reserve(count);
-  for (PointRun ring : rings) lines.emplace_back(ring);
+  // The rings unpacked once for the many tests between them; the large ones get edge indexes.
+  ShapeRuns runs;
+  if (!runs.load(polygon, false) || runs.run_count() != count) return fail_or(XGWKB_E_INTEGRITY);
+  const IndexedPolygon indexed(runs.polygon(0), kTol);
+  const Span* rings = indexed.spans().rings;
+  const Span& outer = rings[0];
 
   TouchGraph graph(count);
-  const byte* outer = rings[0].at;
   for (uint32_t k = 1; k < count; ++k) {
-    if (!ring_inside_ring(rings[k].at, outer, kTol)) return fail(XGWKB_E_HOLE_OUTSIDE);
-    if (runs_disjoint(rings[k].at, outer, kTol)) continue;
-    if (!lines_touch(lines[k].data(), lines[0].data(), kTol)) return fail_or(XGWKB_E_INTEGRITY);
+    if (!ring_inside_ring(rings[k], outer, kTol)) return fail(XGWKB_E_HOLE_OUTSIDE);
+    if (runs_disjoint(rings[k], outer, kTol)) continue;
+    if (!lines_touch(rings[k], outer, kTol)) return fail_or(XGWKB_E_INTEGRITY);
     graph.link(0, k);
   }
+  // Holes whose boxes are far apart cannot touch; the box test needs rings free of NaN.
+  std::vector<char> no_nan(count);
+  for (uint32_t k = 0; k < count; ++k) no_nan[k] = !has_nan(rings[k]);
   for (uint32_t j = 1; j < count; ++j) {
     for (uint32_t k = j + 1; k < count; ++k) {
-      if (ring_overlaps_ring(rings[j].at, rings[k].at, kTol) || ring_overlaps_ring(rings[k].at, rings[j].at, kTol))
+      if (ring_overlaps_ring(rings[j], rings[k], kTol) || ring_overlaps_ring(rings[k], rings[j], kTol))
         return fail(XGWKB_E_RINGS_OVERLAP);
-      if (lines_touch(lines[j].data(), lines[k].data(), kTol)) graph.link(j, k);
+      if (no_nan[j] && no_nan[k] && lines_out_of_reach(rings[j], rings[k], kTol)) continue;
+      if (lines_touch(rings[j], rings[k], kTol)) graph.link(j, k);
     }
   }
   if (graph.has_cycle()) return fail(XGWKB_E_INTEGRITY);

@@ -1,7 +1,10 @@
 // point_kernels.cpp - points and multipoints against every shape type.
 #include "relate/point_kernels.h"
 
+#include <optional>
+
 #include "relate/relation_facts.h"
+#include "relate/ring_index.h"
 #include "relate/segment_tests.h"
 
 namespace xg {
@@ -52,18 +55,24 @@ Loc locate_in_polygon(const _xgWKB_POINT& p, const PolySpans& polygon, double t)
 // The other shape, unpacked as stored, against which points are located.
 class PointTarget {
  public:
-  bool load(const byte* shape) { return runs_.load(shape, false); }
+  // Unpacks the shape; its large runs get edge indexes, built once enough points have been
+  // located against them.
+  bool load(const byte* shape, double t) {
+    if (!runs_.load(shape, false)) return false;
+    if (runs_.run_count() > 0) indexed_.emplace(PolySpans{&runs_.run(0), runs_.run_count()}, t);
+    return true;
+  }
 
   Loc locate(const _xgWKB_POINT& p, double t) const {
     switch (runs_.type()) {
       case XGWKB_TYPE_POINT:
       case XGWKB_TYPE_MULTIPOINT:
         for (uint32_t i = 0; i < runs_.run_count(); ++i) {
-          if (wkb_point_equal_tol(p, runs_.run(i).p[0], t)) return kIn;
+          if (wkb_point_equal_tol(p, run(i).p[0], t)) return kIn;
         }
         return kOut;
       case XGWKB_TYPE_LINESTRING: {
-        const Span& line = runs_.run(0);
+        const Span& line = run(0);
         if (locate_on_run(p, line, t) == 0) return kOut;
         return at_open_end(p, line, t) ? kOn : kIn;
       }
@@ -71,7 +80,7 @@ class PointTarget {
         bool on = false;
         uint32_t ends = 0;
         for (uint32_t i = 0; i < runs_.run_count(); ++i) {
-          const Span& line = runs_.run(i);
+          const Span& line = run(i);
           on = on || locate_on_run(p, line, t) != 0;
           if (line.n > 0 && !line_closed(line, t)) {
             ends += wkb_point_equal_tol(p, line.p[0], t) + wkb_point_equal_tol(p, line.p[line.n - 1], t);
@@ -81,11 +90,11 @@ class PointTarget {
         return ends % 2 == 1 ? kOn : kIn;
       }
       case XGWKB_TYPE_POLYGON:
-        return locate_in_polygon(p, runs_.polygon(0), t);
+        return locate_in_polygon(p, polygon(0), t);
       default: {  // multipolygon
         Loc best = kOut;
         for (uint32_t i = 0; i < runs_.part_count(); ++i) {
-          const Loc l = locate_in_polygon(p, runs_.polygon(i), t);
+          const Loc l = locate_in_polygon(p, polygon(i), t);
           if (l == kIn) return kIn;
           if (l == kOn) best = kOn;
         }
@@ -95,7 +104,15 @@ class PointTarget {
   }
 
  private:
+  // The runs with their indexes (load succeeded with at least one run).
+  const Span& run(uint32_t i) const { return indexed_->spans().rings[i]; }
+  PolySpans polygon(uint32_t part) const {
+    const ShapeRuns::Part& pr = runs_.part(part);
+    return PolySpans{indexed_->spans().rings + pr.first_run, pr.runs};
+  }
+
   ShapeRuns runs_;
+  std::optional<IndexedPolygon> indexed_;  // all runs, as one list
 };
 
 // Which locations the points of a point or multipoint take in the other shape.  stop lists the
@@ -108,7 +125,7 @@ Seen locate_points(const byte* points, const byte* other, double t, bool stop_in
   Seen seen;
   ShapeRuns pts;
   PointTarget target;
-  if (!pts.load(points, false) || !target.load(other)) return seen;
+  if (!pts.load(points, false) || !target.load(other, t)) return seen;
   seen.ok = true;
   for (uint32_t i = 0; i < pts.run_count(); ++i) {
     switch (target.locate(pts.run(i).p[0], t)) {

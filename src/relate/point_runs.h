@@ -47,11 +47,16 @@ inline _xgWKB_BOX segment_box(const _xgWKB_POINT& a, const _xgWKB_POINT& b) {
 
 // ---- runs --------------------------------------------------------------------------------
 
+class RingIndex;
+
 // n aligned points; segments are (p[i], p[i+1]).  box covers the points (empty_box() for n 0).
+// index, when set, is an edge index over these very points (relate/ring_index.h) that the point
+// locators and the segment tests use in place of their plain loops.
 struct Span {
   const _xgWKB_POINT* p;
   uint32_t n;
   _xgWKB_BOX box;
+  const RingIndex* index = nullptr;
 
   uint32_t segments() const { return n > 1 ? n - 1 : 0; }
 };
@@ -111,13 +116,17 @@ Span load_run(const byte* run, PointBuffer& buf);
 
 // ---- point locators ----------------------------------------------------------------------
 
-// The point locators of the point primitives on a span (see core/point_primitives.h).
+// The point locators of the point primitives on a span (see core/point_primitives.h), through
+// the span's index when it has one (same answers; defined in ring_index.cpp).
+int32_t indexed_locate_on_run(const _xgWKB_POINT& p, const Span& run, double t);
+int32_t indexed_ring_relation(const _xgWKB_POINT& p, const Span& ring, double t);
+
 inline int32_t locate_on_run(const _xgWKB_POINT& p, const Span& run, double t) {
-  return locate_on_run(p, run.p, run.n, t);
+  return run.index ? indexed_locate_on_run(p, run, t) : locate_on_run(p, run.p, run.n, t);
 }
 
 inline int32_t ring_relation(const _xgWKB_POINT& p, const Span& ring, double t) {
-  return ring_relation(p, ring.p, ring.n, t);
+  return ring.index ? indexed_ring_relation(p, ring, t) : ring_relation(p, ring.p, ring.n, t);
 }
 
 }  // namespace xg

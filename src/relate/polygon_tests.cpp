@@ -1,15 +1,40 @@
 // polygon_tests.cpp - points, rings and polygons against a polygon with holes.
+//
+// The tests that ask one polygon about many points and segments attach edge indexes to its
+// large rings first (ring_index.h).
+#include "relate/ring_index.h"
 #include "relate/segment_tests.h"
 
 namespace xg {
 
-int32_t point_within_polygon(const _xgWKB_POINT& p, const PolySpans& polygon, double t) {
-  if (polygon.count == 0 || outside_box(p, polygon.box(), t)) return 0;
-  if (ring_relation(p, polygon.rings[0], t) != 1) return 0;
+namespace {
+
+// point_within_polygon once p has been found inside the polygon's box and its relation to the
+// outer ring is known.
+int32_t within_given_outer(const _xgWKB_POINT& p, const PolySpans& polygon, double t, int32_t outer) {
+  if (outer != 1) return 0;
   for (uint32_t h = 1; h < polygon.count; ++h) {
     if (ring_relation(p, polygon.rings[h], t) != 0) return 0;  // in a hole or on its boundary
   }
   return 1;
+}
+
+// segment_enters_polygon once the segment's box has been found to meet the outer ring's and
+// the relations of its ends to the outer ring are known.
+int32_t enters_given_outer(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const PolySpans& polygon,
+                           double t, int32_t ra, int32_t rb) {
+  if (!segment_enters_located(a, b, polygon.rings[0], t, ra, rb)) return 0;
+  for (uint32_t h = 1; h < polygon.count; ++h) {
+    if (!segment_leaves_ring(a, b, polygon.rings[h], t)) return 0;  // stays within one hole
+  }
+  return 1;
+}
+
+}  // namespace
+
+int32_t point_within_polygon(const _xgWKB_POINT& p, const PolySpans& polygon, double t) {
+  if (polygon.count == 0 || outside_box(p, polygon.box(), t)) return 0;
+  return within_given_outer(p, polygon, t, ring_relation(p, polygon.rings[0], t));
 }
 
 int32_t point_outside_polygon(const _xgWKB_POINT& p, const PolySpans& polygon, double t) {
@@ -33,19 +58,44 @@ int32_t segment_enters_polygon(const _xgWKB_POINT& a, const _xgWKB_POINT& b, con
   return 1;
 }
 
-int32_t ring_reaches_polygon(const Span& ring, const PolySpans& polygon, double t) {
-  if (polygon.count == 0 || wkb_boxes_disjoint_tol(ring.box, polygon.box(), t)) return 0;
+int32_t ring_reaches_polygon(const Span& ring, const PolySpans& given, double t) {
+  if (given.count == 0 || wkb_boxes_disjoint_tol(ring.box, given.box(), t)) return 0;
+  const IndexedPolygon indexed(given, t);
+  const PolySpans& polygon = indexed.spans();
+  const Span& outer = polygon.rings[0];
+  // The vertices' relations to the outer ring, found by the vertex pass (-1 where it had no
+  // need of one) and reused by the segment pass.
+  SmallVec<int8_t, 64> located;
+  located.reserve(ring.n);
   for (uint32_t i = 0; i < ring.n; ++i) {
-    if (point_within_polygon(ring.p[i], polygon, t)) return 1;
+    const _xgWKB_POINT& p = ring.p[i];
+    int32_t r = -1;
+    if (!outside_box(p, polygon.box(), t)) {
+      r = ring_relation(p, outer, t);
+      if (within_given_outer(p, polygon, t, r)) return 1;
+    }
+    located.push_back(static_cast<int8_t>(r));
   }
+  auto relation = [&](uint32_t i) {
+    return located[i] >= 0 ? located[i] : ring_relation(ring.p[i], outer, t);
+  };
   for (uint32_t i = 0; i + 1 < ring.n; ++i) {
-    if (segment_enters_polygon(ring.p[i], ring.p[i + 1], polygon, t)) return 1;
+    const _xgWKB_POINT& a = ring.p[i];
+    const _xgWKB_POINT& b = ring.p[i + 1];
+    if (wkb_boxes_disjoint_tol(segment_box(a, b), outer.box, t)) continue;  // enters no ring
+    const int32_t ra = relation(i);
+    const int32_t rb = ra == 1 ? 1 : relation(i + 1);  // rb is not looked at when ra is 1
+    if (enters_given_outer(a, b, polygon, t, ra, rb)) return 1;
   }
   return 0;
 }
 
-int32_t polygons_overlap(const PolySpans& a, const PolySpans& b, double t) {
-  if (a.count == 0 || b.count == 0) return 0;
+int32_t polygons_overlap(const PolySpans& given_a, const PolySpans& given_b, double t) {
+  if (given_a.count == 0 || given_b.count == 0) return 0;
+  const IndexedPolygon indexed_a(given_a, t);
+  const IndexedPolygon indexed_b(given_b, t);
+  const PolySpans& a = indexed_a.spans();
+  const PolySpans& b = indexed_b.spans();
   for (uint32_t r = 0; r < a.count; ++r) {
     if (ring_reaches_polygon(a.rings[r], b, t)) return 1;
   }

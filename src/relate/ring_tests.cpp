@@ -7,9 +7,12 @@
 //               through the interior of an edge or through a chain of vertices on the segment;
 //   stretches - the pieces of the segment between the ring vertices lying on it, each located
 //               by its midpoint (a segment running along edges and over a notch shows it there).
+// A ring carrying an edge index (ring_index.h) is searched through it; the answers are those of
+// the plain walks.
 #include <algorithm>
 
 #include "relate/planar.h"
+#include "relate/ring_index.h"
 #include "relate/segment_tests.h"
 
 namespace xg {
@@ -29,6 +32,38 @@ bool inside_segment(const _xgWKB_POINT& q, const _xgWKB_POINT& a, const _xgWKB_P
   return along > t && along < len - t;
 }
 
+// segment_crosses_ring through the ring's index.  The walk's answer is whether some passage
+// from one off-line vertex u to the next off-line vertex v fires; each passage is judged on its
+// own, so it is enough to judge those that can fire.  A direct one (edge (u, v)) fires only
+// when the edge truly crosses the segment, so its box meets the segment's; one through a chain
+// fires only when the chain's first vertex lies near the segment, in the box of edge (u, c1).
+// The index offers every edge whose box comes that near (see RingIndex::segment_margin), and
+// each offered edge starting at an off-line vertex is followed like the walk would.
+bool crossing_near(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t,
+                   double len, bool closed, uint32_t m, double margin) {
+  auto next = [&](uint32_t i) { return closed ? (i + 1) % m : i + 1; };  // open: n past the end
+  return ring.index->edges_near(segment_box(a, b), margin, [&](uint32_t j) {
+    const _xgWKB_POINT& u = ring.p[j];
+    const int su = side_of(u, a, b, t);
+    if (su == 0) return false;
+    uint32_t k = next(j);  // stored edge n - 2 of a closed ring ends at vertex 0 of the walk
+    int sk = side_of(ring.p[k], a, b, t);
+    if (sk != 0) {
+      if (sk != -su) return false;
+      const int sa = side_of(a, u, ring.p[k], t);
+      const int sb = side_of(b, u, ring.p[k], t);
+      return sa != 0 && sa == -sb;
+    }
+    while (sk == 0) {
+      if (!inside_segment(ring.p[k], a, b, len, t)) return false;
+      k = next(k);
+      if (k == ring.n) return false;  // an open run ending on the line
+      sk = side_of(ring.p[k], a, b, t);
+    }
+    return sk == -su;
+  });
+}
+
 // The ring's boundary crosses segment (a, b) strictly between its end points.
 bool segment_crosses_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t) {
   const double len = std::sqrt(dist2(a, b));
@@ -37,6 +72,10 @@ bool segment_crosses_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Sp
   const bool closed = ring.n > 2 && ring.p[0].x == ring.p[ring.n - 1].x &&
                       ring.p[0].y == ring.p[ring.n - 1].y;
   const uint32_t m = closed ? ring.n - 1 : ring.n;
+  double margin = 0;
+  if (ring.index && ring.index->ready(t) && ring.index->segment_margin(a, b, t, &margin)) {
+    return crossing_near(a, b, ring, t, len, closed, m, margin);
+  }
   uint32_t start = 0;
   if (closed) {
     while (start < m && side_of(ring.p[start], a, b, t) == 0) ++start;
@@ -78,6 +117,12 @@ bool segment_crosses_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Sp
 
 // Some edge of the ring holds both a and b (point-on-segment within t, ends included).
 bool edge_holds_both(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t) {
+  if (ring.index && ring.index->ready(t) && indexable(a)) {
+    return ring.index->edges_at(a.y, [&](uint32_t j) {  // the edges that can hold a
+      return segment_relation(a, ring.p[j], ring.p[j + 1], t) > 0 &&
+             segment_relation(b, ring.p[j], ring.p[j + 1], t) > 0;
+    });
+  }
   for (uint32_t i = 1; i < ring.n; ++i) {
     if (segment_relation(a, ring.p[i - 1], ring.p[i], t) > 0 &&
         segment_relation(b, ring.p[i - 1], ring.p[i], t) > 0) {
@@ -97,8 +142,20 @@ bool some_stretch_is(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& r
   SmallVec<double, 16> cuts;
   cuts.push_back(0);
   cuts.push_back(1);
-  for (uint32_t i = 0; i < ring.n; ++i) {
+  auto cut_at = [&](uint32_t i) {
     if (near_segment(ring.p[i], a, b, t)) cuts.push_back(project(ring.p[i], a, b));
+  };
+  double margin = 0;
+  if (ring.index && ring.index->ready(t) && ring.index->segment_margin(a, b, t, &margin)) {
+    // Each vertex through the edge it starts (the last one through the last edge).  Sorting
+    // makes the order they come in irrelevant.
+    ring.index->edges_near(segment_box(a, b), margin, [&](uint32_t j) {
+      cut_at(j);
+      if (j + 2 == ring.n) cut_at(j + 1);
+      return false;
+    });
+  } else {
+    for (uint32_t i = 0; i < ring.n; ++i) cut_at(i);
   }
   std::sort(cuts.begin(), cuts.end());
   for (std::size_t k = 1; k < cuts.size(); ++k) {
@@ -109,32 +166,67 @@ bool some_stretch_is(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& r
   return false;
 }
 
-}  // namespace
-
-int32_t segment_leaves_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t) {
-  if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) return 1;
-  const int32_t ra = ring_relation(a, ring, t);
-  const int32_t rb = ring_relation(b, ring, t);
+// segment_leaves_ring once the box test has passed and a and b are located (ra, rb).
+int32_t leaves_located(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t,
+                       int32_t ra, int32_t rb) {
   if (ra == 0 || rb == 0 || segment_crosses_ring(a, b, ring, t)) return 1;
   if (ra == 1 || rb == 1) return 0;
   if (edge_holds_both(a, b, ring, t)) return 0;
   return some_stretch_is(a, b, ring, t, 0) ? 1 : 0;
 }
 
-int32_t segment_enters_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t) {
-  if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) return 0;
-  const int32_t ra = ring_relation(a, ring, t);
-  if (ra == 1) return 1;
-  const int32_t rb = ring_relation(b, ring, t);
-  if (rb == 1 || segment_crosses_ring(a, b, ring, t)) return 1;
+// Vertex relations to one ring, each computed once for the two segments that share the vertex.
+class VertexRelations {
+ public:
+  VertexRelations(const Span& ring, double t) : ring_(ring), t_(t) {}
+
+  int32_t at(const Span& run, uint32_t i) {
+    if (i != index_) {
+      index_ = i;
+      value_ = ring_relation(run.p[i], ring_, t_);
+    }
+    return value_;
+  }
+
+ private:
+  const Span& ring_;
+  double t_;
+  uint32_t index_ = UINT32_MAX;
+  int32_t value_ = 0;
+};
+
+}  // namespace
+
+int32_t segment_leaves_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t) {
+  if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) return 1;
+  return leaves_located(a, b, ring, t, ring_relation(a, ring, t), ring_relation(b, ring, t));
+}
+
+int32_t segment_enters_located(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring,
+                               double t, int32_t ra, int32_t rb) {
+  if (ra == 1 || rb == 1 || segment_crosses_ring(a, b, ring, t)) return 1;
   if (ra == 0 || rb == 0) return 0;
   if (edge_holds_both(a, b, ring, t)) return 0;
   return some_stretch_is(a, b, ring, t, 1) ? 1 : 0;
 }
 
+int32_t segment_enters_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t) {
+  if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) return 0;
+  const int32_t ra = ring_relation(a, ring, t);
+  if (ra == 1) return 1;
+  return segment_enters_located(a, b, ring, t, ra, ring_relation(b, ring, t));
+}
+
 int32_t ring_inside_ring(const Span& ring_a, const Span& ring_b, double t) {
+  const IndexedSpan indexed(ring_b, t);
+  const Span& ring = indexed.span();
+  VertexRelations located(ring, t);
   for (uint32_t i = 0; i + 1 < ring_a.n; ++i) {
-    if (segment_leaves_ring(ring_a.p[i], ring_a.p[i + 1], ring_b, t)) return 0;
+    const _xgWKB_POINT& a = ring_a.p[i];
+    const _xgWKB_POINT& b = ring_a.p[i + 1];
+    if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) return 0;
+    const int32_t ra = located.at(ring_a, i);
+    if (leaves_located(a, b, ring, t, ra, located.at(ring_a, i + 1))) return 0;
   }
   return 1;
 }
@@ -142,8 +234,15 @@ int32_t ring_inside_ring(const Span& ring_a, const Span& ring_b, double t) {
 int32_t ring_overlaps_ring(const Span& ring_a, const Span& ring_b, double t) {
   if (ring_a.n == 0 || wkb_boxes_disjoint_tol(ring_a.box, ring_b.box, t)) return 0;
   if (ring_a.n == 1) return ring_relation(ring_a.p[0], ring_b, t) == 1 ? 1 : 0;
+  const IndexedSpan indexed(ring_b, t);
+  const Span& ring = indexed.span();
+  VertexRelations located(ring, t);
   for (uint32_t i = 0; i + 1 < ring_a.n; ++i) {
-    if (segment_enters_ring(ring_a.p[i], ring_a.p[i + 1], ring_b, t)) return 1;
+    const _xgWKB_POINT& a = ring_a.p[i];
+    const _xgWKB_POINT& b = ring_a.p[i + 1];
+    if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) continue;
+    const int32_t ra = located.at(ring_a, i);
+    if (ra == 1 || segment_enters_located(a, b, ring, t, ra, located.at(ring_a, i + 1))) return 1;
   }
   return 0;
 }
@@ -172,13 +271,15 @@ int32_t ring_overlaps_ring(const byte* ring_a, const byte* ring_b, double t) {
   return ring_overlaps_ring(load_run(ring_a, buf_a), load_run(ring_b, buf_b), t);
 }
 
-// Only vertices are examined: edges crossing each other away from any vertex are no contact here.
-int32_t lines_touch(const byte* line_a, const byte* line_b, double t) {
-  if (!wkb_line_is_closed_tol(line_a, t) || !wkb_line_is_closed_tol(line_b, t)) return 0;
-  PointBuffer buf_a;
-  PointBuffer buf_b;
-  const Span a = load_run(line_a + kHeaderSize, buf_a);
-  const Span b = load_run(line_b + kHeaderSize, buf_b);
+namespace {
+
+// The two closed lines a and b meet in exactly one point.  Only vertices are examined: edges
+// crossing each other away from any vertex are no contact here.
+int32_t closed_lines_touch(const Span& line_a, const Span& line_b, double t) {
+  const IndexedSpan indexed_a(line_a, t);
+  const IndexedSpan indexed_b(line_b, t);
+  const Span& a = indexed_a.span();
+  const Span& b = indexed_b.span();
   // Step 1: vertices of a (closing point left out) lying on b; at most one may.
   bool found = false;
   _xgWKB_POINT contact{};
@@ -200,6 +301,44 @@ int32_t lines_touch(const byte* line_a, const byte* line_b, double t) {
     }
   }
   return found ? 1 : 0;
+}
+
+bool run_is_closed(const Span& run, double t) {
+  return run.n >= 2 && wkb_point_equal_tol(run.p[0], run.p[run.n - 1], t);
+}
+
+// The box of the run grown by the largest touch_margin of its edges: no vertex and no edge of
+// the run relates to a point outside it.
+_xgWKB_BOX reach_box(const Span& run, double t) {
+  const double g = touch_margin(_xgWKB_POINT{run.box.minx, run.box.miny},
+                                _xgWKB_POINT{run.box.maxx, run.box.maxy}, t);
+  return _xgWKB_BOX{run.box.minx - g, run.box.miny - g, run.box.maxx + g, run.box.maxy + g};
+}
+
+// The box of `of` lies wholly outside `reach`.
+bool box_outside(const _xgWKB_BOX& of, const _xgWKB_BOX& reach) {
+  return of.maxx < reach.minx || of.minx > reach.maxx || of.maxy < reach.miny || of.miny > reach.maxy;
+}
+
+}  // namespace
+
+int32_t lines_touch(const Span& a, const Span& b, double t) {
+  if (!run_is_closed(a, t) || !run_is_closed(b, t)) return 0;
+  return closed_lines_touch(a, b, t);
+}
+
+bool lines_out_of_reach(const Span& a, const Span& b, double t) {
+  // Each edge's margin is at most that of the whole box (the margin grows with the size), and
+  // the rounding of both is monotone, so every edge's grown box lies within the run's.
+  return box_outside(a.box, reach_box(b, t)) && box_outside(b.box, reach_box(a, t));
+}
+
+int32_t lines_touch(const byte* line_a, const byte* line_b, double t) {
+  if (!wkb_line_is_closed_tol(line_a, t) || !wkb_line_is_closed_tol(line_b, t)) return 0;
+  PointBuffer buf_a;
+  PointBuffer buf_b;
+  return closed_lines_touch(load_run(line_a + kHeaderSize, buf_a),
+                            load_run(line_b + kHeaderSize, buf_b), t);
 }
 
 }  // namespace xg

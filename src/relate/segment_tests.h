@@ -83,6 +83,18 @@ int32_t runs_disjoint(const Span& run_a, const Span& run_b, double t);
 int32_t segment_enters_ring(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring, double t);
 int32_t ring_overlaps_ring(const Span& ring_a, const Span& ring_b, double t);
 
+// segment_enters_ring for a segment whose box meets the ring's (within t), with a and b already
+// located against the ring (ra, rb: their ring_relation).
+int32_t segment_enters_located(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span& ring,
+                               double t, int32_t ra, int32_t rb);
+
+// lines_touch on two runs (closed when their ends are equal within t).
+int32_t lines_touch(const Span& a, const Span& b, double t);
+
+// True when no vertex of either run can lie on the other, judged from their boxes alone, so
+// that lines_touch answers 0.  The runs must hold no NaN coordinate (a box does not show one).
+bool lines_out_of_reach(const Span& a, const Span& b, double t);
+
 // 1 when segment (a, b) reaches the polygon's interior: it enters the outer ring and does not
 // stay inside (or on) one hole.
 int32_t segment_enters_polygon(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const PolySpans& polygon,

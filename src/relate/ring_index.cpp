@@ -1,0 +1,199 @@
+// ring_index.cpp - building the edge index of a ring, and the point locators that use it.
+#include "relate/ring_index.h"
+
+#include <cmath>
+#include <limits>
+#include <new>
+
+#include "relate/planar.h"
+
+namespace xg {
+
+namespace {
+
+// Queries answered by the plain loops before the index is built: a build costs about as much
+// as a few scans of the ring.
+constexpr uint32_t kQueriesBeforeBuild = 4;
+
+// Band filing repeats an edge in every band its range spans; past this many entries per edge
+// on the whole the bands are made coarser.
+constexpr std::size_t kEntriesPerEdge = 8;
+
+}  // namespace
+
+bool RingIndex::prepare(const Span& ring, double t) {
+  p_ = ring.p;
+  n_ = ring.n;
+  t_ = t;
+  box_ = ring.box;
+  reach_ = std::fmax(std::fmax(std::fabs(box_.minx), std::fabs(box_.maxx)),
+                     std::fmax(std::fabs(box_.miny), std::fabs(box_.maxy)));
+  queries_ = 0;
+  state_ = n_ > kPlainRingPoints && std::fabs(t) < kIndexedRange ? 0 : -1;
+  return state_ == 0;
+}
+
+bool RingIndex::ready(double t) const {
+  if (state_ == 1) return t == t_;
+  if (state_ < 0 || t != t_) return false;
+  if (++queries_ < kQueriesBeforeBuild) return false;
+  state_ = build() ? 1 : -1;
+  if (state_ < 0) tables_ = Tables();
+  return state_ == 1;
+}
+
+void RingIndex::Slots::fit(double lo, double hi, uint32_t n) {
+  origin = lo;
+  count = n > 0 ? n : 1;
+  per_unit = static_cast<double>(count) / (hi - lo);
+  if (!(per_unit > 0 && per_unit < std::numeric_limits<double>::infinity())) {
+    count = 1;  // nothing to split: one slot
+    per_unit = 0;
+  }
+}
+
+bool RingIndex::build() const {
+  const uint32_t edges = n_ - 1;
+  Tables& tb = tables_;
+  try {
+    // The edges' ranges, the y-range grown exactly as the point-on-segment box test grows it.
+    // Each edge must have length 0 or one far above the underflow range, so that the side
+    // distances computed against it keep their relative accuracy (see segment_margin).
+    tb.segments_ok = true;
+    tb.edges.resize(edges);
+    const double inf = std::numeric_limits<double>::infinity();
+    _xgWKB_BOX all{inf, inf, -inf, -inf};
+    double height = 0;  // of all the grown ranges together
+    for (uint32_t j = 0; j < edges; ++j) {
+      const _xgWKB_POINT& a = p_[j];
+      const _xgWKB_POINT& b = p_[j + 1];
+      if (!indexable(a) || !indexable(b)) return false;
+      const double d2 = dist2(a, b);
+      if (d2 != 0 && d2 < 1e-200) tb.segments_ok = false;
+      const double g = touch_margin(a, b, t_);
+      const double miny = a.y < b.y ? a.y : b.y;
+      const double maxy = a.y < b.y ? b.y : a.y;
+      Edge& e = tb.edges[j];
+      e = Edge{miny - g, maxy + g, a.x < b.x ? a.x : b.x, a.x < b.x ? b.x : a.x};
+      all = _xgWKB_BOX{std::fmin(all.minx, e.minx), std::fmin(all.miny, e.lo),
+                       std::fmax(all.maxx, e.maxx), std::fmax(all.maxy, e.hi)};
+      height += e.hi - e.lo;
+    }
+    // Bands tall enough that an edge spans about three on the whole (at most one per two
+    // edges), coarser while the filing would repeat edges too often.
+    const double span = all.maxy - all.miny;
+    const double wanted = height > 0 ? 3.0 * edges * span / height : 1.0;
+    uint32_t bands = wanted < 1 ? 1 : (wanted < edges / 2 ? static_cast<uint32_t>(wanted) : edges / 2);
+    std::size_t total = 0;
+    for (;;) {
+      tb.bands.fit(all.miny, all.maxy, bands);
+      total = 0;
+      for (const Edge& e : tb.edges) total += tb.bands.at(e.hi) - tb.bands.at(e.lo) + 1;
+      if (tb.bands.count == 1 || total <= kEntriesPerEdge * edges) break;
+      bands = tb.bands.count / 2;
+    }
+    // The edges in column order of their left ends (a counting sort), then filed band by band.
+    tb.columns.fit(all.minx, all.maxx, edges / 2);
+    std::vector<uint32_t> order(edges);
+    {
+      std::vector<uint32_t> at(tb.columns.count + 1, 0);
+      for (const Edge& e : tb.edges) ++at[tb.columns.at(e.minx) + 1];
+      for (uint32_t c = 0; c < tb.columns.count; ++c) at[c + 1] += at[c];
+      for (uint32_t j = 0; j < edges; ++j) order[at[tb.columns.at(tb.edges[j].minx)]++] = j;
+    }
+    const uint32_t count = tb.bands.count;
+    tb.starts.assign(count + 1, 0);
+    tb.widths.assign(count, 0);
+    for (const Edge& e : tb.edges) {
+      const uint32_t width = tb.columns.at(e.maxx) - tb.columns.at(e.minx);
+      for (uint32_t b = tb.bands.at(e.lo), last = tb.bands.at(e.hi); b <= last; ++b) {
+        ++tb.starts[b + 1];
+        if (width > tb.widths[b]) tb.widths[b] = width;
+      }
+    }
+    for (uint32_t b = 0; b < count; ++b) tb.starts[b + 1] += tb.starts[b];
+    tb.entries.resize(total);
+    std::vector<uint32_t> next(tb.starts.begin(), tb.starts.end() - 1);
+    for (uint32_t j : order) {
+      const Edge& e = tb.edges[j];
+      for (uint32_t b = tb.bands.at(e.lo), last = tb.bands.at(e.hi); b <= last; ++b) {
+        tb.entries[next[b]++] = j;
+      }
+    }
+  } catch (const std::bad_alloc&) {
+    return false;  // the plain loops answer the same
+  }
+  return true;
+}
+
+// Box rejection in the segment tests (ring_tests.cpp) drops an edge only when it cannot matter:
+//  - an edge crossing the segment has both its ends strictly on either side of the segment's
+//    line, beyond t, and the segment's ends likewise about the edge's line.  A side distance
+//    computed by side_distance is off by at most 8u|q - a| (u the unit roundoff, q the point, a
+//    the line's first point), below 1e-14 D for D the size of the box around ring and segment.
+//    With t above that, each computed side is the true one, so the two truly cross and their
+//    boxes meet.
+//  - a vertex found within t of the segment by near_segment lies within t(1 + 3u) of a point
+//    computed within 2uD + u|coordinates| of the segment's box.
+// Both are covered by growing the segment's box by 2t + 1e-12 (reach + D).  Tolerances below
+// 1e-150 are refused, so that t * t does not underflow.
+bool RingIndex::segment_margin(const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t,
+                               double* margin) const {
+  if (!tables_.segments_ok || !(t >= 1e-150) || !indexable(a) || !indexable(b)) return false;
+  _xgWKB_BOX all = box_;
+  box_add(&all, a);
+  box_add(&all, b);
+  const double size = (all.maxx - all.minx) + (all.maxy - all.miny);
+  if (!(t > 1e-14 * size)) return false;
+  const double reach = std::fmax(reach_, std::fmax(std::fmax(std::fabs(a.x), std::fabs(a.y)),
+                                                   std::fmax(std::fabs(b.x), std::fabs(b.y))));
+  *margin = 2 * t + 1e-12 * (reach + size);
+  return true;
+}
+
+IndexedPolygon::IndexedPolygon(const PolySpans& polygon, double t) : spans_(polygon) {
+  bool any = false;
+  for (uint32_t r = 0; r < polygon.count; ++r) {
+    any = any || (polygon.rings[r].index == nullptr && polygon.rings[r].n > kPlainRingPoints);
+  }
+  if (!any) return;
+  indexes_ = std::vector<RingIndex>(polygon.count);
+  rings_.assign(polygon.rings, polygon.rings + polygon.count);
+  for (uint32_t r = 0; r < polygon.count; ++r) {
+    if (rings_[r].index == nullptr && indexes_[r].prepare(rings_[r], t)) rings_[r].index = &indexes_[r];
+  }
+  spans_ = PolySpans{rings_.data(), polygon.count};
+}
+
+// ---- the point locators --------------------------------------------------------------------
+
+int32_t indexed_ring_relation(const _xgWKB_POINT& p, const Span& ring, double t) {
+  if (!ring.index->ready(t) || !indexable(p)) return ring_relation(p, ring.p, ring.n, t);
+  // Edges outside p's band neither hold p nor flip the parity, and the parity does not depend
+  // on the order the edges are visited in.
+  int32_t inside = 0;
+  const bool on = ring.index->edges_at(p.y, [&](uint32_t j) {
+    return ring_edge_step(p, ring.p[j], ring.p[j + 1], t, &inside);
+  });
+  return on ? 2 : inside;
+}
+
+int32_t indexed_locate_on_run(const _xgWKB_POINT& p, const Span& run, double t) {
+  if (!run.index->ready(t) || !indexable(p)) return locate_on_run(p, run.p, run.n, t);
+  // The plain walk answers with its first hit.  Ranked in its order (vertex i as 2i, the
+  // segment ending at vertex i as 2i + 1), the answer is the lowest-ranked hit.  A vertex equal
+  // to p within t is offered with its edges: their y-ranges are grown by more than t.
+  uint64_t best = std::numeric_limits<uint64_t>::max();
+  run.index->edges_at(p.y, [&](uint32_t j) {
+    const uint64_t rank = 2 * uint64_t{j};
+    if (rank < best && wkb_point_equal_tol(p, run.p[j], t)) best = rank;
+    if (rank + 2 < best && wkb_point_equal_tol(p, run.p[j + 1], t)) best = rank + 2;
+    if (rank + 3 < best && segment_relation(p, run.p[j], run.p[j + 1], t) == 1) best = rank + 3;
+    return false;
+  });
+  if (best == std::numeric_limits<uint64_t>::max()) return 0;
+  const int32_t i = static_cast<int32_t>(best / 2);
+  return best % 2 == 0 ? -(i + 1) : i;
+}
+
+}  // namespace xg
