@@ -49,28 +49,10 @@ bool gather_flat(const char* p, Gathered& g) {
   }
 }
 
-// Lines or rings separated by "),(" and closed by "))" at the end of the text.
-bool gather_runs(const char* p, Gathered& g) {
-  uint32_t n = 0;
-  for (;;) {
-    _xgWKB_POINT pt;
-    const char end = read_pair(p, pt);
-    if (end == 0) return false;
-    g.points.push_back(pt);
-    ++n;
-    if (end == ',') continue;
-    g.run_points.push_back(n);
-    n = 0;
-    if (p[0] == ',' && p[1] == '(') {
-      p += 2;
-    } else {
-      return p[0] == ')' && p[1] == '\0';
-    }
-  }
-}
-
-// Rings separated by "),(", polygons by ")),((", the whole closed by ")))" at the end.
-bool gather_polygons(const char* p, Gathered& g) {
+// Runs separated by "),(" and closed by "))" at the end of the text (polygon rings, lines of a
+// multilinestring); with polygons, polygons are separated by ")),((" and the whole is closed by
+// ")))" instead.
+bool gather_runs(const char* p, bool polygons, Gathered& g) {
   uint32_t n = 0;
   uint32_t rings = 0;
   for (;;) {
@@ -85,6 +67,8 @@ bool gather_polygons(const char* p, Gathered& g) {
     ++rings;
     if (p[0] == ',' && p[1] == '(') {
       p += 2;
+    } else if (!polygons) {
+      return p[0] == ')' && p[1] == '\0';
     } else if (p[0] == ')' && p[1] == ',' && p[2] == '(' && p[3] == '(') {
       g.polygon_rings.push_back(rings);
       rings = 0;
@@ -117,9 +101,9 @@ bool gather(const char* text, uint32_t type, Gathered& g) {
   switch (type) {
     case XGWKB_TYPE_POLYGON:
     case XGWKB_TYPE_MULTILINESTRING:
-      return gather_runs(p, g);
+      return gather_runs(p, false, g);
     case XGWKB_TYPE_MULTIPOLYGON:
-      return gather_polygons(p, g);
+      return gather_runs(p, true, g);
     default:
       return gather_flat(p, g);
   }
