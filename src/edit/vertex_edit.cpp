@@ -91,6 +91,18 @@ void fill_delete(const byte* shape, std::size_t size, const Site& site, int32_t 
   edit.write(block);
 }
 
+// The delete of the multilinestring and polygon forms.  Intended: the block is the caller's
+// from the moment it is handed out, also when a test after it fails.
+int32_t delete_into_handed_block(const byte* shape, std::size_t size, const Site& site,
+                                 int32_t point_index, uint32_t min_points, byte** out) {
+  byte* block = hand_out_block(size - kCoordSize, out);
+  if (block == nullptr) return XGWKB_E_FAILED;
+  if (site.count() < min_points) return XGWKB_E_UNCHANGED;
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  fill_delete(shape, size, site, point_index, block);
+  return XGWKB_OK;
+}
+
 }  // namespace
 }  // namespace xg
 
@@ -152,14 +164,8 @@ int32_t xgWKB_shape_delete_MultiLineString_point(const unsigned char* shape, int
   std::size_t size = 0;
   if (!sized_as(shape, XGWKB_TYPE_MULTILINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
   if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
-  const Site site = line_site(member_of(shape, part));
-  // Intended: the block is the caller's from here on, also when a test below fails.
-  byte* block = hand_out_block(size - kCoordSize, out);
-  if (block == nullptr) return XGWKB_E_FAILED;
-  if (site.count() < kMinLineToDelete) return XGWKB_E_UNCHANGED;
-  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
-  fill_delete(shape, size, site, point_index, block);
-  return XGWKB_OK;
+  return delete_into_handed_block(shape, size, line_site(member_of(shape, part)), point_index,
+                                  kMinLineToDelete, out);
 }
 
 int32_t xgWKB_shape_chage_MultiLineString_point(unsigned char* shape, int32_t part,
@@ -195,14 +201,8 @@ int32_t xgWKB_shape_delete_polygon_point(const unsigned char* shape, int32_t rin
   std::size_t size = 0;
   if (!sized_as(shape, XGWKB_TYPE_POLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
   if (!in_range(ring_index, shape_count(shape))) return XGWKB_E_NO_PART;
-  const Site site = ring_site(shape, ring_index);
-  // Intended: the block is the caller's from here on, also when a test below fails.
-  byte* block = hand_out_block(size - kCoordSize, out);
-  if (block == nullptr) return XGWKB_E_FAILED;
-  if (site.count() < kMinRingToDelete) return XGWKB_E_UNCHANGED;
-  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
-  fill_delete(shape, size, site, point_index, block);
-  return XGWKB_OK;
+  return delete_into_handed_block(shape, size, ring_site(shape, ring_index), point_index,
+                                  kMinRingToDelete, out);
 }
 
 int32_t xgWKB_shape_change_polygon_point(unsigned char* shape, int32_t ring_index,
