@@ -121,9 +121,6 @@ struct PointRun {
   }
 };
 
-// The coordinate slot i of a counted run, for in-place edits.
-inline byte* run_coord(byte* run, uint32_t i) { return run + 4 + kCoordSize * i; }
-
 // The body of a linestring blob as a point run.
 inline PointRun line_run(const byte* line) { return PointRun{line + kHeaderSize}; }
 
