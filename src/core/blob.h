@@ -104,7 +104,6 @@ struct PointRun {
   const byte* at;  // the u32 count
 
   uint32_t size() const { return load_u32(at); }
-  const byte* coords() const { return at + 4; }
   _xgWKB_POINT point(uint32_t i) const { return load_point(at + 4 + kCoordSize * i); }
   // The i-th double of the packed coordinates x0, y0, x1, y1, ... (i < 2n).
   double value(uint32_t i) const { return load_f64(at + 4 + 8 * static_cast<std::size_t>(i)); }
