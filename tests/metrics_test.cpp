@@ -15,26 +15,16 @@ using namespace xgtest;
 namespace {
 
 // A simple polygon with up to four holes placed apart from each other inside the outer ring.
-// Rings are star-shaped: jittered angles, radii in [0.7r, r], either orientation.
+// Rings are star-shaped, radii in [0.7r, r], either orientation.
 Bytes random_polygon(std::mt19937& rng, int holes) {
-  std::uniform_real_distribution<double> centre(-1000, 1000), size(1, 500), jitter(0.1, 0.9), unit(0.7, 1);
-  auto star = [&](_xgWKB_POINT c, double r, int m) {
-    const double turn = (rng() % 2 ? 2 : -2) * M_PI / m;
-    Ring ring;
-    for (int i = 0; i < m; ++i) {
-      const double a = (i + jitter(rng)) * turn, rr = r * unit(rng);
-      ring.push_back({c.x + rr * std::cos(a), c.y + rr * std::sin(a)});
-    }
-    ring.push_back(ring.front());
-    return ring;
-  };
+  std::uniform_real_distribution<double> centre(-1000, 1000), size(1, 500);
   const _xgWKB_POINT c{centre(rng), centre(rng)};
   const double r = size(rng);
   // With 16 or more vertices the outer ring keeps clear of the holes, which reach 0.6 r.
-  std::vector<Ring> rings = {star(c, r, 16 + static_cast<int>(rng() % 45))};
+  std::vector<Ring> rings = {star_ring(rng, c, 0.7 * r, r, 16 + static_cast<int>(rng() % 45), rng() % 2)};
   for (int h = 0; h < holes; ++h) {
     const _xgWKB_POINT hc{c.x + 0.4 * r * std::cos(h * M_PI / 2), c.y + 0.4 * r * std::sin(h * M_PI / 2)};
-    rings.push_back(star(hc, 0.2 * r, 3 + static_cast<int>(rng() % 38)));
+    rings.push_back(star_ring(rng, hc, 0.14 * r, 0.2 * r, 3 + static_cast<int>(rng() % 38), rng() % 2));
   }
   return polygon(rings);
 }
