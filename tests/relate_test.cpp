@@ -13,15 +13,16 @@ namespace {
 using Predicate = int32_t (*)(const unsigned char*, const unsigned char*, double);
 
 constexpr double kT = 1e-9;
+const Predicate kAll[] = {xgWKB_shape_is_disjoint, xgWKB_shape_is_intersecting, xgWKB_shape_is_within,
+                          xgWKB_shape_is_containing, xgWKB_shape_is_crossing, xgWKB_shape_is_overlapping,
+                          xgWKB_shape_is_touching, xgWKB_shape_is_equal};
 const Bytes kSquare = polygon({square(0, 0, 10)});
 
 // One or two shapes of every type, all around the square (0,0)-(10,10), plus shapes the
 // predicates do not take.
 std::vector<std::pair<const char*, Bytes>> samples() {
-  Bytes annotation, envelope;
-  put_header(annotation, XGWKB_TYPE_SINGLETEXT);
+  Bytes annotation = header(XGWKB_TYPE_SINGLETEXT), envelope = header(XGWKB_TYPE_ENVELOPE);
   put_u32(annotation, 0);
-  put_header(envelope, XGWKB_TYPE_ENVELOPE);
   for (double v : {0.0, 0.0, 10.0, 10.0}) put_f64(envelope, v);
   return {{"point inside", point(5, 5)},
           {"point on edge", point(10, 5)},
@@ -55,9 +56,7 @@ TEST(RelateIdentities, HoldForEveryPairOfSamples) {
       EXPECT_EQ(xgWKB_shape_is_containing(ma.data(), mb.data(), kT), xgWKB_shape_is_within(mb.data(), ma.data(), kT));
       for (Predicate p : symmetric) EXPECT_EQ(p(ma.data(), mb.data(), kT), p(mb.data(), ma.data(), kT));
       if (is_geometry(a) && is_geometry(b)) continue;
-      for (Predicate p : {xgWKB_shape_is_disjoint, xgWKB_shape_is_within, xgWKB_shape_is_touching,
-                          xgWKB_shape_is_equal})
-        EXPECT_EQ(p(ma.data(), mb.data(), kT), 0);
+      for (Predicate p : kAll) EXPECT_EQ(p(ma.data(), mb.data(), kT), 0);
     }
   }
 }
@@ -72,10 +71,7 @@ TEST(RelateDegenerate, EmptyAndShortPartsAreReadWithinTheirBlobs) {
   for (const Bytes& a : shapes) {
     for (const Bytes& b : shapes) {
       const Misaligned ma(a), mb(b);
-      for (Predicate p : {xgWKB_shape_is_disjoint, xgWKB_shape_is_intersecting, xgWKB_shape_is_within,
-                          xgWKB_shape_is_containing, xgWKB_shape_is_crossing, xgWKB_shape_is_overlapping,
-                          xgWKB_shape_is_touching, xgWKB_shape_is_equal})
-        EXPECT_LE(static_cast<uint32_t>(p(ma.data(), mb.data(), kT)), 1u);
+      for (Predicate p : kAll) EXPECT_LE(static_cast<uint32_t>(p(ma.data(), mb.data(), kT)), 1u);
     }
   }
 }

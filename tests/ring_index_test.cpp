@@ -36,17 +36,13 @@ Ring comb(Rng& rng, int teeth) {
   Ring r{P(kX0, kY0)};
   double x = kX0;
   for (int i = 0; i < teeth; ++i) {
-    const double h = 0.5 * static_cast<int>(uniform(rng, 1, 40));
+    const double h = 0.5 * static_cast<int>(uniform(rng, 1, 40)), x1 = x + 0.5 * static_cast<int>(uniform(rng, 1, 4));
     r.push_back(P(x, kY0 + h));
     if (i % 3 == 0) r.push_back(r.back());  // a repeated vertex
-    x += 0.5 * static_cast<int>(uniform(rng, 1, 4));
-    r.push_back(P(x, kY0 + h));
-    r.push_back(P(x, kY0 + 1));
-    x += 0.5;
-    r.push_back(P(x, kY0 + 1));
+    r.insert(r.end(), {P(x1, kY0 + h), P(x1, kY0 + 1), P(x1 + 0.5, kY0 + 1)});
+    x = x1 + 0.5;
   }
-  r.push_back(P(x, kY0));
-  r.push_back(r.front());
+  r.insert(r.end(), {P(x, kY0), r.front()});
   return r;
 }
 
@@ -74,10 +70,8 @@ struct Indexed {
 // through vertices, and a tolerance or the fixed 0.0001 away from vertices.
 _xgWKB_POINT probe(Rng& rng, const Ring& r, double t) {
   const std::size_t j = rng() % (r.size() - 1);
-  const _xgWKB_POINT& a = r[j];
-  const _xgWKB_POINT& b = r[j + 1];
-  const double offsets[] = {0, t, -t, 1.5 * t, 1e-4, -1e-4, 1e-9};
-  const double d = offsets[rng() % 7];
+  const _xgWKB_POINT &a = r[j], &b = r[j + 1];
+  const double offsets[] = {0, t, -t, 1.5 * t, 1e-4, -1e-4, 1e-9}, d = offsets[rng() % 7];
   switch (rng() % 5) {
     case 0: return P(uniform(rng, kX0 - 110, kX0 + 110), uniform(rng, kY0 - 110, kY0 + 110));
     case 1: return P(a.x + d, a.y - d);
@@ -90,12 +84,7 @@ _xgWKB_POINT probe(Rng& rng, const Ring& r, double t) {
   }
 }
 
-struct Shape {
-  const char* name;
-  Ring pts;
-};
-
-std::vector<Shape> shapes() {
+std::vector<std::pair<const char*, Ring>> shapes() {
   Rng rng(2024);
   return {{"star", star(rng, 300)}, {"comb", comb(rng, 60)}, {"zigzag", zigzag(rng, 200)},
           {"small star", star(rng, 40)}};
@@ -105,22 +94,22 @@ std::vector<Shape> shapes() {
 
 TEST(RingIndex, LocatorsAndSegmentTestsAnswerAsThePlainLoops) {
   int seen[3] = {0, 0, 0}, leaves[2] = {0, 0}, enters[2] = {0, 0};
-  for (const Shape& s : shapes()) {
-    const xg::Span plain = span(s.pts);
+  for (const auto& [name, pts] : shapes()) {
+    const xg::Span plain = span(pts);
     for (double t : {0.0, 1e-9, 1e-6, 1e-4, 0.01, 1.0}) {
       const Indexed ix(plain, t);
-      Rng rng(static_cast<uint64_t>(t * 1e9) + s.pts.size());
+      Rng rng(static_cast<uint64_t>(t * 1e9) + pts.size());
       for (int q = 0; q < 3000; ++q) {
-        SCOPED_TRACE(testing::Message() << s.name << " t=" << t << " q=" << q);
-        _xgWKB_POINT a = probe(rng, s.pts, t), b = probe(rng, s.pts, t);
+        SCOPED_TRACE(testing::Message() << name << " t=" << t << " q=" << q);
+        _xgWKB_POINT a = probe(rng, pts, t), b = probe(rng, pts, t);
         const int32_t rel = xg::ring_relation(a, plain, t);
         ASSERT_EQ(xg::ring_relation(a, ix.span, t), rel);
         ASSERT_EQ(xg::locate_on_run(a, ix.span, t), xg::locate_on_run(a, plain, t));
         ++seen[rel];
         // Segments: mostly between probe points or short; some between vertices or horizontal.
-        const std::size_t j = rng() % (s.pts.size() - 1);
+        const std::size_t j = rng() % (pts.size() - 1);
         if (q % 4 == 0) b = P(a.x + uniform(rng, -5, 5), a.y + uniform(rng, -5, 5));
-        if (q % 4 == 1) a = s.pts[j], b = s.pts[(j + 1 + rng() % 3) % s.pts.size()];
+        if (q % 4 == 1) a = pts[j], b = pts[(j + 1 + rng() % 3) % pts.size()];
         if (q % 8 == 2) b = P(a.x + uniform(rng, -20, 20), a.y);
         const int32_t l = xg::segment_leaves_ring(a, b, plain, t), e = xg::segment_enters_ring(a, b, plain, t);
         ASSERT_EQ(xg::segment_leaves_ring(a, b, ix.span, t), l);
