@@ -38,25 +38,22 @@ TEST(Metrics, AreaLengthAndCentroidMatchGeosOnRandomPolygons) {
     const int holes = trial % 5;
     const Bytes poly = random_polygon(rng, holes);
     const Misaligned m(poly);
+    GEOSContextHandle_t h = oracle.handle();
     GeosGeom g(oracle, oracle.to_geos(poly.data()));
-    ASSERT_EQ(GEOSisValid_r(oracle.handle(), g.get()), 1) << trial;
-    double want = 0, got = 0;
-    ASSERT_EQ(GEOSArea_r(oracle.handle(), g.get(), &want), 1);
-    ASSERT_EQ(xgWKB_shape_get_area(m.data(), 0, &got), 0);
-    EXPECT_NEAR(got, want, 1e-9 * want) << trial;
-    ASSERT_EQ(GEOSLength_r(oracle.handle(), g.get(), &want), 1);
-    ASSERT_EQ(xgWKB_shape_get_length(m.data(), 0, &got), 0);
-    EXPECT_NEAR(got, want, 1e-9 * want) << trial;
-    if (holes == 0) {
-      GeosGeom gc(oracle, GEOSGetCentroid_r(oracle.handle(), g.get()));
-      double x = 0, y = 0;
-      GEOSGeomGetX_r(oracle.handle(), gc.get(), &x);
-      GEOSGeomGetY_r(oracle.handle(), gc.get(), &y);
-      _xgWKB_POINT c{};
-      ASSERT_EQ(xgWKB_shape_get_centroid(m.data(), &c), 0);
-      EXPECT_NEAR(c.x, x, 1e-9 * (1 + std::fabs(x))) << trial;
-      EXPECT_NEAR(c.y, y, 1e-9 * (1 + std::fabs(y))) << trial;
-    }
+    ASSERT_EQ(GEOSisValid_r(h, g.get()), 1) << trial;
+    double area = 0, length = 0, got_area = 0, got_length = 0;
+    ASSERT_EQ(GEOSArea_r(h, g.get(), &area) & GEOSLength_r(h, g.get(), &length), 1);
+    ASSERT_EQ(xgWKB_shape_get_area(m.data(), 0, &got_area) | xgWKB_shape_get_length(m.data(), 0, &got_length), 0);
+    EXPECT_NEAR(got_area, area, 1e-9 * area) << trial;
+    EXPECT_NEAR(got_length, length, 1e-9 * length) << trial;
+    if (holes > 0) continue;
+    GeosGeom gc(oracle, GEOSGetCentroid_r(h, g.get()));
+    double x = 0, y = 0;
+    _xgWKB_POINT c{};
+    ASSERT_EQ(GEOSGeomGetX_r(h, gc.get(), &x) & GEOSGeomGetY_r(h, gc.get(), &y), 1);
+    ASSERT_EQ(xgWKB_shape_get_centroid(m.data(), &c), 0);
+    EXPECT_NEAR(c.x, x, 1e-9 * (1 + std::fabs(x))) << trial;
+    EXPECT_NEAR(c.y, y, 1e-9 * (1 + std::fabs(y))) << trial;
   }
 }
 

@@ -53,21 +53,14 @@ class ShapeGen {
   // A shape of the type; point types may take their points from `near`'s vertices.
   Bytes make(uint32_t type, const Ring& near) {
     switch (type) {
-      case XGWKB_TYPE_POINT:
-        return some_point(near);
-      case XGWKB_TYPE_LINESTRING:
-        return linestring(line());
-      case XGWKB_TYPE_POLYGON:
-        return polygon(poly(pos(), pos(), real(1.5, 4)));
-      case XGWKB_TYPE_MULTIPOINT: {
-        std::vector<Bytes> pts(1 + rng_() % 4);
-        for (Bytes& p : pts) p = some_point(near);
-        return multi(type, pts);
-      }
+      case XGWKB_TYPE_POINT: return some_point(near);
+      case XGWKB_TYPE_LINESTRING: return linestring(line());
+      case XGWKB_TYPE_POLYGON: return polygon(poly(pos(), pos(), real(1.5, 4)));
+      case XGWKB_TYPE_MULTIPOINT:
       case XGWKB_TYPE_MULTILINESTRING: {
-        std::vector<Bytes> lines(1 + rng_() % 3);
-        for (Bytes& l : lines) l = linestring(line());
-        return multi(type, lines);
+        std::vector<Bytes> members(1 + rng_() % (type == XGWKB_TYPE_MULTIPOINT ? 4 : 3));
+        for (Bytes& m : members) m = make(type - 3, near);  // the member type
+        return multi(type, members);
       }
       default: {
         // Members on discs that keep apart, so that the multipolygon is valid.
@@ -94,12 +87,8 @@ class ShapeGen {
 
   // A point blob, half the time at one of near's vertices.
   Bytes some_point(const Ring& near) {
-    if (!near.empty() && rng_() % 2 == 0) {
-      const _xgWKB_POINT& p = near[rng_() % near.size()];
-      return point(p.x, p.y);
-    }
-    const double x = pos();
-    return point(x, pos());
+    const _xgWKB_POINT p = !near.empty() && rng_() % 2 == 0 ? near[rng_() % near.size()] : _xgWKB_POINT{pos(), pos()};
+    return point(p.x, p.y);
   }
 
   // A random walk of 2 to 5 vertices without repeated points, or now and then a closed line.
@@ -138,10 +127,8 @@ class ShapeGen {
     if (grid_) r += 1.5;  // room for rounded vertices
     std::vector<Ring> rings{star(cx, cy, r)};
     while (rings[0].empty()) rings[0] = star(cx, cy, r += 1);
-    if (rng_() % 2 == 0) {
-      Ring hole = star(cx, cy, (grid_ ? 0.45 : 0.25) * r);
-      if (!hole.empty()) rings.push_back(hole);
-    }
+    if (rng_() % 2 == 0) rings.push_back(star(cx, cy, (grid_ ? 0.45 : 0.25) * r));
+    if (rings.back().empty()) rings.pop_back();
     return rings;
   }
 
