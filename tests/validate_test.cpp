@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <random>
+#include <utility>
 
 #include "support/blob_builder.h"
 #include "support/geos_oracle.h"
@@ -12,17 +13,13 @@ using namespace xgtest;
 
 namespace {
 
-struct Outcome {
-  uint32_t valid;
-  int32_t status;
-  bool operator==(const Outcome& o) const { return valid == o.valid && status == o.status; }
-};
-std::ostream& operator<<(std::ostream& os, const Outcome& o) { return os << o.valid << " " << o.status; }
+// The verdict and the status word.
+using Outcome = std::pair<uint32_t, int32_t>;
 
 Outcome check(const Bytes& blob, int32_t preset = 0) {
   Misaligned m(blob);
   Outcome o{0, preset};
-  o.valid = xgWKB_shape_check_WKBdata(m.data(), &o.status);
+  o.first = xgWKB_shape_check_WKBdata(m.data(), &o.second);
   return o;
 }
 
@@ -65,7 +62,7 @@ TEST(Validation, RejectsEachRuleOnAMinimalShape) {
   };
   for (const auto& c : cases) EXPECT_EQ(check(c.blob), (Outcome{0, c.status})) << c.what;
   // Holes touching the shell or each other without closing a cycle are fine.
-  EXPECT_EQ(check(polygon({shell, left, triangle({9, 1}, {8, 2}, {9, 3})})).valid, 1u);
+  EXPECT_EQ(check(polygon({shell, left, triangle({9, 1}, {8, 2}, {9, 3})})).first, 1u);
 }
 
 TEST(Validation, AcceptsValidShapesOfEveryType) {
@@ -95,9 +92,9 @@ TEST(Validation, StatusWordRules) {
   // Not a geometry: no verdict, the status stays as preset.
   EXPECT_EQ(check(nil(), 123), (Outcome{0, 123}));
   // An empty polygon's -82 is ORed in as well.
-  EXPECT_EQ(check(polygon({}), 0x1000).status, XGWKB_E_INTEGRITY | 0x1000);
+  EXPECT_EQ(check(polygon({}), 0x1000).second, XGWKB_E_INTEGRITY | 0x1000);
   // Assigned codes replace the preset value.
-  EXPECT_EQ(check(linestring({{0, 0}}), 0x1000).status, XGWKB_E_TOO_FEW_POINTS);
+  EXPECT_EQ(check(linestring({{0, 0}}), 0x1000).second, XGWKB_E_TOO_FEW_POINTS);
 }
 
 TEST(Validation, AgreesWithGeosOnRandomPolygons) {
@@ -119,7 +116,7 @@ TEST(Validation, AgreesWithGeosOnRandomPolygons) {
     GeosGeom g(oracle, oracle.to_geos(blob.data()));
     const bool geos_valid = GEOSisValid_r(oracle.handle(), g.get()) == 1;
     const Outcome o = check(blob);
-    EXPECT_EQ(o.valid == 1, geos_valid) << oracle.to_wkt(g.get()) << " status " << o.status;
+    EXPECT_EQ(o.first == 1, geos_valid) << oracle.to_wkt(g.get()) << " status " << o.second;
     ++seen[geos_valid];
   }
   EXPECT_GT(seen[0], 50);
