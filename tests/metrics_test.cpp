@@ -57,41 +57,27 @@ TEST(Metrics, AreaLengthAndCentroidMatchGeosOnRandomPolygons) {
   }
 }
 
-TEST(Metrics, AreaByPartIndex) {
-  // A polygon's index skips the second ring (0 and 2 answer the whole of a one-hole polygon); a
-  // ring's area adds no closing term.
+TEST(Metrics, AreaAndLengthByPartIndexAndTheirRefusals) {
+  // A polygon's area index skips the second ring (0 and 2 answer the whole of a one-hole
+  // polygon); a ring's area adds no closing term.
+  const auto area = xgWKB_shape_get_area, length = xgWKB_shape_get_length;
   const Bytes one_hole = polygon({square(0, 0, 10), square(2, 2, 2)});
   const Bytes two_holes = polygon({square(0, 0, 10), square(1, 1, 1), square(5, 5, 3)});
   const Bytes mpg = multi(XGWKB_TYPE_MULTIPOLYGON, {one_hole, polygon({square(20, 0, 3)})});
-  const struct { Bytes blob; int32_t part; double area; } cases[] = {
-      {one_hole, 0, 96}, {one_hole, 1, 100}, {one_hole, 2, 96}, {two_holes, 2, 9}, {two_holes, 3, 90},
-      {mpg, 0, 105},     {mpg, 1, 96},       {mpg, 2, 9},
-      {polygon({{{1, 1}, {3, 1}, {3, 3}, {1, 3}}}), 0, 5}};  // stored edges sum to 10, not 8
-  for (const auto& c : cases) {
-    double a = -1;
-    EXPECT_EQ((std::pair{xgWKB_shape_get_area(Misaligned(c.blob).data(), c.part, &a), a}), (std::pair{0, c.area}))
-        << c.blob[1] << "/" << c.part;
-  }
-  double a = -1;
-  EXPECT_EQ(xgWKB_shape_get_area(two_holes.data(), 4, &a), -135);
-  EXPECT_EQ(a, 0);
-}
-
-TEST(Metrics, LengthByPartAndItsRefusals) {
   const Bytes ml = multiline({{{0, 0}, {1, 0}}, {{0, 0}, {0, 5}}});
-  const struct { Bytes shape; int32_t part, status; double length; } cases[] = {
-      {polygon({square(0, 0, 10), square(2, 2, 2)}), 2, 0, 8},
-      {multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 10), square(2, 2, 2)}), polygon({square(20, 0, 3)})}),
-       1, 0, 48},
-      {ml, 2, 0, 5},
-      {ml, 3, -135, 0},
-      {multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1)}), 0, -27, 0},
-      {nil(), 0, -134, 0},
+  const struct { decltype(area) metric; Bytes blob; int32_t part, status; double value; } cases[] = {
+      {area, one_hole, 0, 0, 96}, {area, one_hole, 1, 0, 100}, {area, one_hole, 2, 0, 96},
+      {area, two_holes, 2, 0, 9}, {area, two_holes, 3, 0, 90}, {area, two_holes, 4, -135, 0},
+      {area, mpg, 0, 0, 105},     {area, mpg, 1, 0, 96},       {area, mpg, 2, 0, 9},
+      {area, polygon({{{1, 1}, {3, 1}, {3, 3}, {1, 3}}}), 0, 0, 5},  // stored edges sum to 10, not 8
+      {length, one_hole, 2, 0, 8}, {length, mpg, 1, 0, 48}, {length, ml, 2, 0, 5}, {length, ml, 3, -135, 0},
+      {length, multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1)}), 0, -27, 0},
+      {length, nil(), 0, -134, 0},
   };
   for (const auto& c : cases) {
-    double len = -1;
-    EXPECT_EQ((std::pair{xgWKB_shape_get_length(Misaligned(c.shape).data(), c.part, &len), len}),
-              (std::pair{c.status, c.length})) << c.shape[1];
+    double v = -1;
+    EXPECT_EQ((std::pair{c.metric(Misaligned(c.blob).data(), c.part, &v), v}), (std::pair{c.status, c.value}))
+        << (c.metric == area ? "area " : "length ") << int{c.blob[1]} << "/" << c.part;
   }
 }
 
