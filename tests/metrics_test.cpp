@@ -12,31 +12,23 @@
 
 using namespace xgtest;
 
-namespace {
-
-// A simple polygon with up to four holes placed apart from each other inside the outer ring.
-// Rings are star-shaped, radii in [0.7r, r], either orientation.
-Bytes random_polygon(std::mt19937& rng, int holes) {
-  std::uniform_real_distribution<double> centre(-1000, 1000), size(1, 500);
-  const _xgWKB_POINT c{centre(rng), centre(rng)};
-  const double r = size(rng);
-  // With 16 or more vertices the outer ring keeps clear of the holes, which reach 0.6 r.
-  std::vector<Ring> rings = {star_ring(rng, c, 0.7 * r, r, 16 + static_cast<int>(rng() % 45), rng() % 2)};
-  for (int h = 0; h < holes; ++h) {
-    const _xgWKB_POINT hc{c.x + 0.4 * r * std::cos(h * M_PI / 2), c.y + 0.4 * r * std::sin(h * M_PI / 2)};
-    rings.push_back(star_ring(rng, hc, 0.14 * r, 0.2 * r, 3 + static_cast<int>(rng() % 38), rng() % 2));
-  }
-  return polygon(rings);
-}
-
-}  // namespace
-
 TEST(Metrics, AreaLengthAndCentroidMatchGeosOnRandomPolygons) {
   GeosOracle oracle;
   std::mt19937 rng(20240611);
+  std::uniform_real_distribution<double> centre(-1000, 1000), size(1, 500);
   for (int trial = 0; trial < 200; ++trial) {
+    // A simple polygon with up to four holes placed apart from each other inside the outer ring.
+    // Rings are star-shaped, radii in [0.7r, r], either orientation.  With 16 or more vertices
+    // the outer ring keeps clear of the holes, which reach 0.6 r.
     const int holes = trial % 5;
-    const Bytes poly = random_polygon(rng, holes);
+    const _xgWKB_POINT o{centre(rng), centre(rng)};
+    const double r = size(rng);
+    std::vector<Ring> rings = {star_ring(rng, o, 0.7 * r, r, 16 + static_cast<int>(rng() % 45), rng() % 2)};
+    for (int h = 0; h < holes; ++h) {
+      const _xgWKB_POINT hc{o.x + 0.4 * r * std::cos(h * M_PI / 2), o.y + 0.4 * r * std::sin(h * M_PI / 2)};
+      rings.push_back(star_ring(rng, hc, 0.14 * r, 0.2 * r, 3 + static_cast<int>(rng() % 38), rng() % 2));
+    }
+    const Bytes poly = polygon(rings);
     const Misaligned m(poly);
     GEOSContextHandle_t h = oracle.handle();
     GeosGeom g(oracle, oracle.to_geos(poly.data()));

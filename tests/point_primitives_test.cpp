@@ -16,8 +16,7 @@ TEST(PointEquality, StrictOnBothAxes) {
 }
 
 TEST(PointMoves, OffsetIsSubtracted) {
-  _xgWKB_POINT p{5, 7}, out{};
-  const _xgWKB_POINT d{2, -3};
+  _xgWKB_POINT p{5, 7}, out{}, d{2, -3};
   xgWKB_baseGeo_move_point(&p, &d);
   xgWKB_baseGeo_moveEx_point(&p, &d, &out);
   EXPECT_EQ(std::make_tuple(p.x, p.y, out.x, out.y), std::make_tuple(3.0, 10.0, 1.0, 13.0));  // p kept by moveEx
@@ -25,8 +24,7 @@ TEST(PointMoves, OffsetIsSubtracted) {
 }
 
 TEST(DirectionAngle, QuadrantsUseSinglePrecisionConstants) {
-  const double half_pi_f = 1.5707963705062866, pi_f = 3.1415927410125732;
-  const double three_half_pi_f = 4.71238899230957, two_pi_f = 6.2831854820251465;
+  const double pi_f = float(M_PI), half_pi_f = float(M_PI / 2), three_half_pi_f = float(1.5 * M_PI), two_pi_f = 2 * pi_f;
   const struct { _xgWKB_POINT from, to; double want; } cases[] = {
       {{0, 0}, {0, 0}, half_pi_f},  // equal points
       {{0, 0}, {0, 5}, half_pi_f},  {{0, 0}, {0, -1}, three_half_pi_f}, {{0, 0}, {-1, 0}, pi_f},

@@ -10,8 +10,9 @@
 // whatever GEOS says (a point within an equal point, for instance, is not defined here).
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <random>
 #include <string>
 
@@ -69,9 +70,8 @@ class ShapeGen {
         const int k = 1 + static_cast<int>(rng_() % 3);
         for (int tries = 0; tries < 50 && static_cast<int>(polys.size()) < k; ++tries) {
           const double x = pos(), y = pos(), r = real(1, 3);
-          bool apart = true;
-          for (const auto& d : discs) apart = apart && std::hypot(d[0] - x, d[1] - y) > d[2] + r + (grid_ ? 3.5 : 0.5);
-          if (!apart) continue;
+          auto close = [&](const auto& d) { return std::hypot(d[0] - x, d[1] - y) <= d[2] + r + (grid_ ? 3.5 : 0.5); };
+          if (std::any_of(discs.begin(), discs.end(), close)) continue;
           discs.push_back({x, y, r});
           polys.push_back(polygon(poly(x, y, r)));
         }
@@ -146,8 +146,7 @@ const char* const kTypeNames[] = {"point", "line", "polygon", "multipoint", "mul
 
 // Every line member of g is simple.
 bool lines_simple(GEOSContextHandle_t h, const GEOSGeometry* g) {
-  const int n = GEOSGetNumGeometries_r(h, g);
-  for (int i = 0; i < n; ++i) {
+  for (int i = 0; i < GEOSGetNumGeometries_r(h, g); ++i) {
     const GEOSGeometry* m = GEOSGetGeometryN_r(h, g, i);
     if (GEOSGeomTypeId_r(h, m) == GEOS_LINESTRING && GEOSisSimple_r(h, m) != 1) return false;
   }

@@ -136,7 +136,7 @@ TEST(RelateSharedEdges, FollowTheInteriorsOnEitherSideAndClosedLinesHaveNoEnds) 
 }
 
 TEST(ShapeIsEqual, ComparesVertexByVertexWithItsDeliberateGaps) {
-  const Ring ring = {{0, 0}, {10, 0}, {10, 10}, {0, 10}, {0, 0}};
+  const Ring ring = square(0, 0, 10);
   // Five points: only the first six doubles (x0 .. y2) take part, so a change in the fourth
   // point goes unseen while one in the second point does not.
   const Ring tail_changed = {{0, 0}, {10, 0}, {10, 10}, {99, 99}, {0, 0}};

@@ -14,17 +14,14 @@ using namespace xgtest;
 namespace {
 
 // Far from the origin, as projected data is, so that rounding matters.
-constexpr double kX0 = 512345.678;
-constexpr double kY0 = 4012345.678;
+constexpr double kX0 = 512345.678, kY0 = 4012345.678;
 const double kTolerances[] = {1e-9, 1e-6, 1e-4, 0.01, 1.0};
 
 using Rng = std::mt19937_64;
 
 _xgWKB_POINT P(double x, double y) { return _xgWKB_POINT{x, y}; }
 
-double uniform(Rng& rng, double lo, double hi) {
-  return std::uniform_real_distribution<double>(lo, hi)(rng);
-}
+double uniform(Rng& rng, double lo, double hi) { return std::uniform_real_distribution<double>(lo, hi)(rng); }
 
 Ring star(Rng& rng, int n) { return star_ring(rng, P(kX0, kY0), 50, 100, n); }
 
@@ -187,13 +184,11 @@ TEST(RingIndex, AnOpenRunEndingOnASegmentSplitsItsStretches) {
 TEST(RingIndex, IsNotUsedForOtherTolerances) {
   Rng rng(3);
   const Ring big = star(rng, 100);
-  xg::RingIndex index;
-  EXPECT_FALSE(index.prepare(span(big), NAN));
-  EXPECT_FALSE(index.ready(NAN));
-  ASSERT_TRUE(index.prepare(span(big), 0.01));
-  for (int i = 0; i < 16; ++i) index.ready(0.01);
-  EXPECT_TRUE(index.ready(0.01));
-  EXPECT_FALSE(index.ready(0.02));  // built for another tolerance: the plain loops answer
+  xg::RingIndex unusable;
+  EXPECT_FALSE(unusable.prepare(span(big), NAN));
+  EXPECT_FALSE(unusable.ready(NAN));
+  Indexed ix(span(big), 0.01);
+  EXPECT_FALSE(ix.index.ready(0.02));  // built for another tolerance: the plain loops answer
 }
 
 }  // namespace

@@ -13,7 +13,6 @@
 #include "support/blob_builder.h"
 
 using namespace xgtest;
-using xg::byte;
 
 namespace {
 
@@ -50,7 +49,7 @@ TEST(SegmentIntersection, ClassifiesMeetingsAndHandsBackTheMeetingPoint) {
       {"vertical, long, tiny t", P(3, -1000), P(3, 1000), P(-1, 999), P(7, 999), 1, P(3, 999)},
   };
   for (const auto& c : cases) {
-    byte* blob = reinterpret_cast<byte*>(1);  // must be overwritten
+    unsigned char* blob = reinterpret_cast<unsigned char*>(1);  // must be overwritten
     ASSERT_EQ(xg::segment_intersection(c.a1, c.a2, c.b1, c.b2, &blob, kT), c.expected) << c.name;
     ASSERT_EQ(blob != nullptr, c.expected == 1) << c.name;
     if (blob == nullptr) continue;
@@ -73,7 +72,7 @@ TEST(LineIsSimple, DetectsCrossingsButNotTheClosingPointAndHandsBackOnlyKBytes) 
   };
   for (const auto& c : cases) {
     const Misaligned line(linestring(c.first));
-    byte* crossings = reinterpret_cast<byte*>(1);
+    unsigned char* crossings = reinterpret_cast<unsigned char*>(1);
     EXPECT_EQ(xg::line_is_simple(line.data(), kT, nullptr), c.second) << c.first.size();
     EXPECT_EQ(xg::line_is_simple(line.data(), kT, &crossings), c.second) << c.first.size();
     EXPECT_EQ(crossings == nullptr, c.second == 1) << c.first.size();
@@ -87,7 +86,7 @@ TEST(LineIsSimple, DetectsCrossingsButNotTheClosingPointAndHandsBackOnlyKBytes) 
   for (const auto& [pts, k] : {std::make_pair(zigzag, std::size_t{10}),
                                std::make_pair(Ring{{0, 0}, {10, 0}, {10, 2}, {5, 0}, {2, 3}}, std::size_t{1})}) {
     const Misaligned line(linestring(pts));
-    byte* crossings = nullptr;
+    unsigned char* crossings = nullptr;
     ASSERT_EQ(xg::line_is_simple(line.data(), kT, &crossings), 0);
     Bytes want(9 + 21 * k, 0);
     xg::BlobWriter(want.data()).header(XGWKB_TYPE_MULTIPOINT).u32(static_cast<uint32_t>(k));
