@@ -12,99 +12,64 @@
 
 using namespace xgtest;
 
-namespace {
-
-// A simple polygon with up to four holes placed apart from each other inside the outer ring.
-// Rings are star-shaped: jittered angles, radii in [0.7r, r], either orientation.
-Bytes random_polygon(std::mt19937& rng, int holes) {
-  std::uniform_real_distribution<double> centre(-1000, 1000), size(1, 500), jitter(0.1, 0.9), unit(0.7, 1);
-  auto star = [&](_xgWKB_POINT c, double r, int m) {
-    const double turn = (rng() % 2 ? 2 : -2) * M_PI / m;
-    Ring ring;
-    for (int i = 0; i < m; ++i) {
-      const double a = (i + jitter(rng)) * turn, rr = r * unit(rng);
-      ring.push_back({c.x + rr * std::cos(a), c.y + rr * std::sin(a)});
-    }
-    ring.push_back(ring.front());
-    return ring;
-  };
-  const _xgWKB_POINT c{centre(rng), centre(rng)};
-  const double r = size(rng);
-  // With 16 or more vertices the outer ring keeps clear of the holes, which reach 0.6 r.
-  std::vector<Ring> rings = {star(c, r, 16 + static_cast<int>(rng() % 45))};
-  for (int h = 0; h < holes; ++h) {
-    const _xgWKB_POINT hc{c.x + 0.4 * r * std::cos(h * M_PI / 2), c.y + 0.4 * r * std::sin(h * M_PI / 2)};
-    rings.push_back(star(hc, 0.2 * r, 3 + static_cast<int>(rng() % 38)));
-  }
-  return polygon(rings);
-}
-
-}  // namespace
-
 TEST(Metrics, AreaLengthAndCentroidMatchGeosOnRandomPolygons) {
   GeosOracle oracle;
   std::mt19937 rng(20240611);
+  std::uniform_real_distribution<double> centre(-1000, 1000), size(1, 500);
   for (int trial = 0; trial < 200; ++trial) {
+    // A simple polygon with up to four holes placed apart from each other inside the outer ring.
+    // Rings are star-shaped, radii in [0.7r, r], either orientation.  With 16 or more vertices
+    // the outer ring keeps clear of the holes, which reach 0.6 r.
     const int holes = trial % 5;
-    const Bytes poly = random_polygon(rng, holes);
-    const Misaligned m(poly);
-    GeosGeom g(oracle, oracle.to_geos(poly.data()));
-    ASSERT_EQ(GEOSisValid_r(oracle.handle(), g.get()), 1) << trial;
-    double want = 0, got = 0;
-    ASSERT_EQ(GEOSArea_r(oracle.handle(), g.get(), &want), 1);
-    ASSERT_EQ(xgWKB_shape_get_area(m.data(), 0, &got), 0);
-    EXPECT_NEAR(got, want, 1e-9 * want) << trial;
-    ASSERT_EQ(GEOSLength_r(oracle.handle(), g.get(), &want), 1);
-    ASSERT_EQ(xgWKB_shape_get_length(m.data(), 0, &got), 0);
-    EXPECT_NEAR(got, want, 1e-9 * want) << trial;
-    if (holes == 0) {
-      GeosGeom gc(oracle, GEOSGetCentroid_r(oracle.handle(), g.get()));
-      double x = 0, y = 0;
-      GEOSGeomGetX_r(oracle.handle(), gc.get(), &x);
-      GEOSGeomGetY_r(oracle.handle(), gc.get(), &y);
-      _xgWKB_POINT c{};
-      ASSERT_EQ(xgWKB_shape_get_centroid(m.data(), &c), 0);
-      EXPECT_NEAR(c.x, x, 1e-9 * (1 + std::fabs(x))) << trial;
-      EXPECT_NEAR(c.y, y, 1e-9 * (1 + std::fabs(y))) << trial;
+    const _xgWKB_POINT o{centre(rng), centre(rng)};
+    const double r = size(rng);
+    std::vector<Ring> rings = {star_ring(rng, o, 0.7 * r, r, 16 + static_cast<int>(rng() % 45), rng() % 2)};
+    for (int h = 0; h < holes; ++h) {
+      const _xgWKB_POINT hc{o.x + 0.4 * r * std::cos(h * M_PI / 2), o.y + 0.4 * r * std::sin(h * M_PI / 2)};
+      rings.push_back(star_ring(rng, hc, 0.14 * r, 0.2 * r, 3 + static_cast<int>(rng() % 38), rng() % 2));
     }
+    const Bytes poly = polygon(rings);
+    const Misaligned m(poly);
+    GEOSContextHandle_t h = oracle.handle();
+    GeosGeom g(oracle, oracle.to_geos(poly.data()));
+    ASSERT_EQ(GEOSisValid_r(h, g.get()), 1) << trial;
+    double area = 0, length = 0, got_area = 0, got_length = 0;
+    ASSERT_EQ(GEOSArea_r(h, g.get(), &area) & GEOSLength_r(h, g.get(), &length), 1);
+    ASSERT_EQ(xgWKB_shape_get_area(m.data(), 0, &got_area) | xgWKB_shape_get_length(m.data(), 0, &got_length), 0);
+    EXPECT_NEAR(got_area, area, 1e-9 * area) << trial;
+    EXPECT_NEAR(got_length, length, 1e-9 * length) << trial;
+    if (holes > 0) continue;
+    GeosGeom gc(oracle, GEOSGetCentroid_r(h, g.get()));
+    double x = 0, y = 0;
+    _xgWKB_POINT c{};
+    ASSERT_EQ(GEOSGeomGetX_r(h, gc.get(), &x) & GEOSGeomGetY_r(h, gc.get(), &y), 1);
+    ASSERT_EQ(xgWKB_shape_get_centroid(m.data(), &c), 0);
+    EXPECT_NEAR(c.x, x, 1e-9 * (1 + std::fabs(x))) << trial;
+    EXPECT_NEAR(c.y, y, 1e-9 * (1 + std::fabs(y))) << trial;
   }
 }
 
-TEST(Metrics, AreaByPartIndex) {
-  // A polygon's index skips the second ring (0 and 2 answer the whole of a one-hole polygon); a
-  // ring's area adds no closing term.
+TEST(Metrics, AreaAndLengthByPartIndexAndTheirRefusals) {
+  // A polygon's area index skips the second ring (0 and 2 answer the whole of a one-hole
+  // polygon); a ring's area adds no closing term.
+  const auto area = xgWKB_shape_get_area, length = xgWKB_shape_get_length;
   const Bytes one_hole = polygon({square(0, 0, 10), square(2, 2, 2)});
   const Bytes two_holes = polygon({square(0, 0, 10), square(1, 1, 1), square(5, 5, 3)});
   const Bytes mpg = multi(XGWKB_TYPE_MULTIPOLYGON, {one_hole, polygon({square(20, 0, 3)})});
-  const struct { Bytes blob; int32_t part; double area; } cases[] = {
-      {one_hole, 0, 96}, {one_hole, 1, 100}, {one_hole, 2, 96}, {two_holes, 2, 9}, {two_holes, 3, 90},
-      {mpg, 0, 105},     {mpg, 1, 96},       {mpg, 2, 9},
-      {polygon({{{1, 1}, {3, 1}, {3, 3}, {1, 3}}}), 0, 5}};  // stored edges sum to 10, not 8
-  for (const auto& c : cases) {
-    double a = -1;
-    EXPECT_EQ((std::pair{xgWKB_shape_get_area(Misaligned(c.blob).data(), c.part, &a), a}), (std::pair{0, c.area}))
-        << c.blob[1] << "/" << c.part;
-  }
-  double a = -1;
-  EXPECT_EQ(xgWKB_shape_get_area(two_holes.data(), 4, &a), -135);
-  EXPECT_EQ(a, 0);
-}
-
-TEST(Metrics, LengthByPartAndItsRefusals) {
   const Bytes ml = multiline({{{0, 0}, {1, 0}}, {{0, 0}, {0, 5}}});
-  const struct { Bytes shape; int32_t part, status; double length; } cases[] = {
-      {polygon({square(0, 0, 10), square(2, 2, 2)}), 2, 0, 8},
-      {multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({square(0, 0, 10), square(2, 2, 2)}), polygon({square(20, 0, 3)})}),
-       1, 0, 48},
-      {ml, 2, 0, 5},
-      {ml, 3, -135, 0},
-      {multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1)}), 0, -27, 0},
-      {nil(), 0, -134, 0},
+  const struct { decltype(area) metric; Bytes blob; int32_t part, status; double value; } cases[] = {
+      {area, one_hole, 0, 0, 96}, {area, one_hole, 1, 0, 100}, {area, one_hole, 2, 0, 96},
+      {area, two_holes, 2, 0, 9}, {area, two_holes, 3, 0, 90}, {area, two_holes, 4, -135, 0},
+      {area, mpg, 0, 0, 105},     {area, mpg, 1, 0, 96},       {area, mpg, 2, 0, 9},
+      {area, polygon({{{1, 1}, {3, 1}, {3, 3}, {1, 3}}}), 0, 0, 5},  // stored edges sum to 10, not 8
+      {length, one_hole, 2, 0, 8}, {length, mpg, 1, 0, 48}, {length, ml, 2, 0, 5}, {length, ml, 3, -135, 0},
+      {length, multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1)}), 0, -27, 0},
+      {length, nil(), 0, -134, 0},
   };
   for (const auto& c : cases) {
-    double len = -1;
-    EXPECT_EQ((std::pair{xgWKB_shape_get_length(Misaligned(c.shape).data(), c.part, &len), len}),
-              (std::pair{c.status, c.length})) << c.shape[1];
+    double v = -1;
+    EXPECT_EQ((std::pair{c.metric(Misaligned(c.blob).data(), c.part, &v), v}), (std::pair{c.status, c.value}))
+        << (c.metric == area ? "area " : "length ") << int{c.blob[1]} << "/" << c.part;
   }
 }
 

@@ -2,32 +2,29 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 #include "xggeokit.h"
 
 TEST(PointEquality, StrictOnBothAxes) {
   const _xgWKB_POINT a{1, 1}, dx{1.25, 1}, dy{1, 0.75};
-  EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&a, &a, 0.0), 0);  // tolerance 0: never equal
-  EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&a, &a, 1e-12), 1);
-  EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&a, &dx, 0.25), 0);  // exactly t apart
-  EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&a, &dy, 0.25), 0);
-  EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&a, &dx, 0.2500001), 1);
-  EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&dy, &a, 0.2500001), 1);
+  const struct { const _xgWKB_POINT *p, *q; double t; int32_t want; } cases[] = {
+      {&a, &a, 0.0, 0},  // tolerance 0: never equal
+      {&a, &a, 1e-12, 1},      {&a, &dx, 0.25, 0},  // exactly t apart
+      {&a, &dy, 0.25, 0},      {&a, &dx, 0.2500001, 1}, {&dy, &a, 0.2500001, 1}};
+  for (const auto& c : cases) EXPECT_EQ(xgWKB_baseGeo_point_is_equal(c.p, c.q, c.t), c.want) << c.t;
 }
 
 TEST(PointMoves, OffsetIsSubtracted) {
-  _xgWKB_POINT p{5, 7}, out{};
-  const _xgWKB_POINT d{2, -3};
+  _xgWKB_POINT p{5, 7}, out{}, d{2, -3};
   xgWKB_baseGeo_move_point(&p, &d);
   xgWKB_baseGeo_moveEx_point(&p, &d, &out);
-  EXPECT_EQ(std::make_pair(p.x, p.y), std::make_pair(3.0, 10.0));  // left in place by moveEx
-  EXPECT_EQ(std::make_pair(out.x, out.y), std::make_pair(1.0, 13.0));
+  EXPECT_EQ(std::make_tuple(p.x, p.y, out.x, out.y), std::make_tuple(3.0, 10.0, 1.0, 13.0));  // p kept by moveEx
   EXPECT_DOUBLE_EQ(xgWKB_baseGeo_point_calculate_distance(&p, &out), std::sqrt(4.0 + 9.0));
 }
 
 TEST(DirectionAngle, QuadrantsUseSinglePrecisionConstants) {
-  const double half_pi_f = 1.5707963705062866, pi_f = 3.1415927410125732;
-  const double three_half_pi_f = 4.71238899230957, two_pi_f = 6.2831854820251465;
+  const double pi_f = float(M_PI), half_pi_f = float(M_PI / 2), three_half_pi_f = float(1.5 * M_PI), two_pi_f = 2 * pi_f;
   const struct { _xgWKB_POINT from, to; double want; } cases[] = {
       {{0, 0}, {0, 0}, half_pi_f},  // equal points
       {{0, 0}, {0, 5}, half_pi_f},  {{0, 0}, {0, -1}, three_half_pi_f}, {{0, 0}, {-1, 0}, pi_f},
@@ -58,9 +55,9 @@ TEST(PointSegmentRelation, ClassifiesAlongAndAcrossTheSegment) {
 
 TEST(PointRunRelation, VerticesBeforeSegmentsAndNoClosingSegment) {
   const _xgWKB_POINT run[4] = {{0, 0}, {10, 0}, {10, 10}, {0, 10}};
-  const std::pair<_xgWKB_POINT, int32_t> cases[] = {{{0, 0}, -1}, {{10, 0}, -2}, {{10, 10}, -3}, {{0, 10}, -4},
-                                                    {{5, 0}, 1},  {{10, 5}, 2},  {{5, 10}, 3},   {{5, 5}, 0},
-                                                    {{0, 5}, 0}};
+  const std::pair<_xgWKB_POINT, int32_t> cases[] = {
+      {{0, 0}, -1}, {{10, 0}, -2}, {{10, 10}, -3}, {{0, 10}, -4}, {{5, 0}, 1}, {{10, 5}, 2}, {{5, 10}, 3}, {{5, 5}, 0},
+      {{0, 5}, 0}};
   for (const auto& c : cases)
     EXPECT_EQ(xgWKB_baseGeo_point_linestring_relation(&c.first, run, 4, 0.001), c.second) << c.first.x << c.first.y;
   const _xgWKB_POINT three[3] = {{1, 1}, {2, 2}, {1.00001, 1}};

@@ -14,29 +14,18 @@ using namespace xgtest;
 namespace {
 
 // Far from the origin, as projected data is, so that rounding matters.
-constexpr double kX0 = 512345.678;
-constexpr double kY0 = 4012345.678;
+constexpr double kX0 = 512345.678, kY0 = 4012345.678;
 const double kTolerances[] = {1e-9, 1e-6, 1e-4, 0.01, 1.0};
 
 using Rng = std::mt19937_64;
 
 _xgWKB_POINT P(double x, double y) { return _xgWKB_POINT{x, y}; }
 
-double uniform(Rng& rng, double lo, double hi) {
-  return std::uniform_real_distribution<double>(lo, hi)(rng);
-}
+double uniform(Rng& rng, double lo, double hi) { return std::uniform_real_distribution<double>(lo, hi)(rng); }
 
-// Star ring: radii 50-100 at sorted angles, closed.
-Ring star(Rng& rng, int n) {
-  Ring r;
-  for (int i = 0; i < n; ++i) {
-    const double a = (i + uniform(rng, 0.05, 0.95)) * 2 * M_PI / n;
-    const double rad = uniform(rng, 50, 100);
-    r.push_back(P(kX0 + rad * std::cos(a), kY0 + rad * std::sin(a)));
-  }
-  r.push_back(r.front());
-  return r;
-}
+Ring star(Rng& rng, int n) { return star_ring(rng, P(kX0, kY0), 50, 100, n); }
+
+xg::Span span(const Ring& r) { return xg::make_span(r.data(), static_cast<uint32_t>(r.size())); }
 
 // A comb on a half-unit grid: teeth of random heights joined by horizontal runs, with repeated
 // vertices, closed along a flat bottom.
@@ -44,17 +33,13 @@ Ring comb(Rng& rng, int teeth) {
   Ring r{P(kX0, kY0)};
   double x = kX0;
   for (int i = 0; i < teeth; ++i) {
-    const double h = 0.5 * static_cast<int>(uniform(rng, 1, 40));
+    const double h = 0.5 * static_cast<int>(uniform(rng, 1, 40)), x1 = x + 0.5 * static_cast<int>(uniform(rng, 1, 4));
     r.push_back(P(x, kY0 + h));
     if (i % 3 == 0) r.push_back(r.back());  // a repeated vertex
-    x += 0.5 * static_cast<int>(uniform(rng, 1, 4));
-    r.push_back(P(x, kY0 + h));
-    r.push_back(P(x, kY0 + 1));
-    x += 0.5;
-    r.push_back(P(x, kY0 + 1));
+    r.insert(r.end(), {P(x1, kY0 + h), P(x1, kY0 + 1), P(x1 + 0.5, kY0 + 1)});
+    x = x1 + 0.5;
   }
-  r.push_back(P(x, kY0));
-  r.push_back(r.front());
+  r.insert(r.end(), {P(x, kY0), r.front()});
   return r;
 }
 
@@ -82,10 +67,8 @@ struct Indexed {
 // through vertices, and a tolerance or the fixed 0.0001 away from vertices.
 _xgWKB_POINT probe(Rng& rng, const Ring& r, double t) {
   const std::size_t j = rng() % (r.size() - 1);
-  const _xgWKB_POINT& a = r[j];
-  const _xgWKB_POINT& b = r[j + 1];
-  const double offsets[] = {0, t, -t, 1.5 * t, 1e-4, -1e-4, 1e-9};
-  const double d = offsets[rng() % 7];
+  const _xgWKB_POINT &a = r[j], &b = r[j + 1];
+  const double offsets[] = {0, t, -t, 1.5 * t, 1e-4, -1e-4, 1e-9}, d = offsets[rng() % 7];
   switch (rng() % 5) {
     case 0: return P(uniform(rng, kX0 - 110, kX0 + 110), uniform(rng, kY0 - 110, kY0 + 110));
     case 1: return P(a.x + d, a.y - d);
@@ -98,12 +81,7 @@ _xgWKB_POINT probe(Rng& rng, const Ring& r, double t) {
   }
 }
 
-struct Shape {
-  const char* name;
-  Ring pts;
-};
-
-std::vector<Shape> shapes() {
+std::vector<std::pair<const char*, Ring>> shapes() {
   Rng rng(2024);
   return {{"star", star(rng, 300)}, {"comb", comb(rng, 60)}, {"zigzag", zigzag(rng, 200)},
           {"small star", star(rng, 40)}};
@@ -111,87 +89,57 @@ std::vector<Shape> shapes() {
 
 // ---- answers equal the plain ones --------------------------------------------------------
 
-TEST(RingIndex, PointLocatorsAnswerAsThePlainLoops) {
-  int seen[3] = {0, 0, 0};
-  for (const Shape& s : shapes()) {
-    const xg::Span plain = xg::make_span(s.pts.data(), static_cast<uint32_t>(s.pts.size()));
+TEST(RingIndex, LocatorsAndSegmentTestsAnswerAsThePlainLoops) {
+  int seen[3] = {0, 0, 0}, leaves[2] = {0, 0}, enters[2] = {0, 0};
+  for (const auto& [name, pts] : shapes()) {
+    const xg::Span plain = span(pts);
     for (double t : {0.0, 1e-9, 1e-6, 1e-4, 0.01, 1.0}) {
       const Indexed ix(plain, t);
-      Rng rng(static_cast<uint64_t>(t * 1e9) + s.pts.size());
+      Rng rng(static_cast<uint64_t>(t * 1e9) + pts.size());
       for (int q = 0; q < 3000; ++q) {
-        const _xgWKB_POINT p = probe(rng, s.pts, t);
-        const int32_t rel = xg::ring_relation(p, plain, t);
-        ASSERT_EQ(xg::ring_relation(p, ix.span, t), rel) << s.name << " t=" << t << " q=" << q;
-        ASSERT_EQ(xg::locate_on_run(p, ix.span, t), xg::locate_on_run(p, plain, t))
-            << s.name << " t=" << t << " q=" << q;
+        SCOPED_TRACE(testing::Message() << name << " t=" << t << " q=" << q);
+        _xgWKB_POINT a = probe(rng, pts, t), b = probe(rng, pts, t);
+        const int32_t rel = xg::ring_relation(a, plain, t);
+        ASSERT_EQ(xg::ring_relation(a, ix.span, t), rel);
+        ASSERT_EQ(xg::locate_on_run(a, ix.span, t), xg::locate_on_run(a, plain, t));
         ++seen[rel];
-      }
-    }
-  }
-  // The probes reach every answer, boundary included.
-  EXPECT_GT(seen[0], 1000);
-  EXPECT_GT(seen[1], 1000);
-  EXPECT_GT(seen[2], 1000);
-}
-
-TEST(RingIndex, SegmentTestsAnswerAsThePlainLoops) {
-  int leaves[2] = {0, 0};
-  int enters[2] = {0, 0};
-  for (const Shape& s : shapes()) {
-    const xg::Span plain = xg::make_span(s.pts.data(), static_cast<uint32_t>(s.pts.size()));
-    for (double t : kTolerances) {
-      const Indexed ix(plain, t);
-      Rng rng(static_cast<uint64_t>(t * 1e9) + 7 * s.pts.size());
-      for (int q = 0; q < 1500; ++q) {
-        // Mostly short segments from probe points; some along an edge or between two vertices.
-        _xgWKB_POINT a = probe(rng, s.pts, t);
-        _xgWKB_POINT b = probe(rng, s.pts, t);
-        const std::size_t j = rng() % (s.pts.size() - 1);
+        // Segments: mostly between probe points or short; some between vertices or horizontal.
+        const std::size_t j = rng() % (pts.size() - 1);
         if (q % 4 == 0) b = P(a.x + uniform(rng, -5, 5), a.y + uniform(rng, -5, 5));
-        if (q % 4 == 1) {
-          a = s.pts[j];
-          b = s.pts[(j + 1 + rng() % 3) % s.pts.size()];
-        }
-        if (q % 8 == 2) b = P(a.x + uniform(rng, -20, 20), a.y);  // along a horizontal
-        const int32_t l = xg::segment_leaves_ring(a, b, plain, t);
-        const int32_t e = xg::segment_enters_ring(a, b, plain, t);
-        ASSERT_EQ(xg::segment_leaves_ring(a, b, ix.span, t), l) << s.name << " t=" << t << " q=" << q;
-        ASSERT_EQ(xg::segment_enters_ring(a, b, ix.span, t), e) << s.name << " t=" << t << " q=" << q;
+        if (q % 4 == 1) a = pts[j], b = pts[(j + 1 + rng() % 3) % pts.size()];
+        if (q % 8 == 2) b = P(a.x + uniform(rng, -20, 20), a.y);
+        const int32_t l = xg::segment_leaves_ring(a, b, plain, t), e = xg::segment_enters_ring(a, b, plain, t);
+        ASSERT_EQ(xg::segment_leaves_ring(a, b, ix.span, t), l);
+        ASSERT_EQ(xg::segment_enters_ring(a, b, ix.span, t), e);
         ++leaves[l];
         ++enters[e];
       }
     }
   }
-  EXPECT_GT(leaves[0], 1000);
-  EXPECT_GT(leaves[1], 1000);
-  EXPECT_GT(enters[0], 1000);
-  EXPECT_GT(enters[1], 1000);
+  // The probes reach every answer, boundary included.
+  for (int n : {seen[0], seen[1], seen[2], leaves[0], leaves[1], enters[0], enters[1]}) EXPECT_GT(n, 1000);
 }
 
 TEST(RingIndex, RingTestsAnswerAsTheirSegmentTests) {
   // ring_inside_ring and ring_overlaps_ring index the large ring themselves and reuse vertex
   // answers between segments; the plain segment tests give the expected answers.
   Rng rng(99);
-  int inside = 0;
-  int overlaps = 0;
+  int inside = 0, overlaps = 0;
   for (int round = 0; round < 40; ++round) {
-    const Ring big = round % 2 ? star(rng, 200) : comb(rng, 50);
-    Ring small = star(rng, 12);
-    // Scaled down and moved to a random spot of the big ring's box (of the star's middle).
-    const xg::Span b = xg::make_span(big.data(), static_cast<uint32_t>(big.size()));
+    const bool middle = round % 2 == 1;  // the small ring in the star's middle, else in the comb's box
+    const Ring big = middle ? star(rng, 200) : comb(rng, 50);
+    const xg::Span b = span(big);
     const double scale = uniform(rng, 0.002, 0.3);
-    const bool middle = round % 2 == 1;
     const double cx = middle ? kX0 + uniform(rng, -40, 40) : uniform(rng, b.box.minx, b.box.maxx);
     const double cy = middle ? kY0 + uniform(rng, -40, 40) : uniform(rng, b.box.miny, b.box.maxy);
-    for (_xgWKB_POINT& p : small) p = P(cx + (p.x - kX0) * scale, cy + (p.y - kY0) * scale);
+    Ring small = star_ring(rng, P(cx, cy), 50 * scale, 100 * scale, 12);
     if (round % 5 == 0) small.insert(small.begin() + 3, big.begin() + 5, big.begin() + 9);  // shared vertices
-    const xg::Span a = xg::make_span(small.data(), static_cast<uint32_t>(small.size()));
+    const xg::Span a = span(small);
     for (double t : kTolerances) {
-      int32_t want_inside = 1;
-      int32_t want_overlap = 0;
+      int32_t want_inside = 1, want_overlap = 0;
       for (uint32_t i = 0; i + 1 < a.n; ++i) {
-        if (xg::segment_leaves_ring(a.p[i], a.p[i + 1], b, t)) want_inside = 0;
-        if (xg::segment_enters_ring(a.p[i], a.p[i + 1], b, t)) want_overlap = 1;
+        want_inside &= !xg::segment_leaves_ring(a.p[i], a.p[i + 1], b, t);
+        want_overlap |= xg::segment_enters_ring(a.p[i], a.p[i + 1], b, t);
       }
       ASSERT_EQ(xg::ring_inside_ring(a, b, t), want_inside) << round << " t=" << t;
       ASSERT_EQ(xg::ring_overlaps_ring(a, b, t), want_overlap) << round << " t=" << t;
@@ -207,17 +155,12 @@ TEST(RingIndex, RunsOutOfReachHaveNoVertexOnTheOther) {
   Rng rng(5);
   int apart = 0;
   for (int round = 0; round < 200; ++round) {
-    const Ring a = star(rng, 8);
-    Ring b = star(rng, 8);
-    const double shift = uniform(rng, 140, 220);
-    for (_xgWKB_POINT& p : b) p.x += shift;
-    const xg::Span sa = xg::make_span(a.data(), static_cast<uint32_t>(a.size()));
-    const xg::Span sb = xg::make_span(b.data(), static_cast<uint32_t>(b.size()));
+    const Ring a = star(rng, 8), b = star_ring(rng, P(kX0 + uniform(rng, 140, 220), kY0), 50, 100, 8);
     for (double t : kTolerances) {
-      if (!xg::lines_out_of_reach(sa, sb, t)) continue;
+      if (!xg::lines_out_of_reach(span(a), span(b), t)) continue;
       ++apart;
-      for (const _xgWKB_POINT& p : a) ASSERT_EQ(xg::locate_on_run(p, sb, t), 0);
-      for (const _xgWKB_POINT& p : b) ASSERT_EQ(xg::locate_on_run(p, sa, t), 0);
+      for (const _xgWKB_POINT& p : a) ASSERT_EQ(xg::locate_on_run(p, span(b), t), 0);
+      for (const _xgWKB_POINT& p : b) ASSERT_EQ(xg::locate_on_run(p, span(a), t), 0);
     }
   }
   EXPECT_GT(apart, 100);
@@ -230,7 +173,7 @@ TEST(RingIndex, AnOpenRunEndingOnASegmentSplitsItsStretches) {
   Ring run{P(0, 0)};
   for (int i = 0; i <= 40; ++i) run.push_back(P(0.25 * i, 5));
   for (const _xgWKB_POINT& p : {P(10, 0), P(5, -5), P(5, 0)}) run.push_back(p);
-  const xg::Span plain = xg::make_span(run.data(), static_cast<uint32_t>(run.size()));
+  const xg::Span plain = span(run);
   const Indexed ix(plain, 1e-6);
   EXPECT_EQ(xg::segment_enters_ring(P(0, 0), P(10, 0), plain, 1e-6), 1);
   EXPECT_EQ(xg::segment_enters_ring(P(0, 0), P(10, 0), ix.span, 1e-6), 1);
@@ -238,18 +181,14 @@ TEST(RingIndex, AnOpenRunEndingOnASegmentSplitsItsStretches) {
 
 // ---- when the index stays out ------------------------------------------------------------
 
-TEST(RingIndex, IsNotUsedForSmallRingsOrOtherTolerances) {
+TEST(RingIndex, IsNotUsedForOtherTolerances) {
   Rng rng(3);
-  const Ring small = star(rng, 20);
   const Ring big = star(rng, 100);
-  xg::RingIndex index;
-  EXPECT_FALSE(index.prepare(xg::make_span(small.data(), static_cast<uint32_t>(small.size())), 0.01));
-  EXPECT_FALSE(index.ready(0.01));
-  EXPECT_FALSE(index.prepare(xg::make_span(big.data(), static_cast<uint32_t>(big.size())), NAN));
-  ASSERT_TRUE(index.prepare(xg::make_span(big.data(), static_cast<uint32_t>(big.size())), 0.01));
-  for (int i = 0; i < 16; ++i) index.ready(0.01);
-  EXPECT_TRUE(index.ready(0.01));
-  EXPECT_FALSE(index.ready(0.02));  // built for another tolerance: the plain loops answer
+  xg::RingIndex unusable;
+  EXPECT_FALSE(unusable.prepare(span(big), NAN));
+  EXPECT_FALSE(unusable.ready(NAN));
+  Indexed ix(span(big), 0.01);
+  EXPECT_FALSE(ix.index.ready(0.02));  // built for another tolerance: the plain loops answer
 }
 
 }  // namespace

@@ -13,7 +13,6 @@
 #include "support/blob_builder.h"
 
 using namespace xgtest;
-using xg::byte;
 
 namespace {
 
@@ -50,13 +49,10 @@ TEST(SegmentIntersection, ClassifiesMeetingsAndHandsBackTheMeetingPoint) {
       {"vertical, long, tiny t", P(3, -1000), P(3, 1000), P(-1, 999), P(7, 999), 1, P(3, 999)},
   };
   for (const auto& c : cases) {
-    byte* blob = reinterpret_cast<byte*>(1);  // must be overwritten
+    unsigned char* blob = reinterpret_cast<unsigned char*>(1);  // must be overwritten
     ASSERT_EQ(xg::segment_intersection(c.a1, c.a2, c.b1, c.b2, &blob, kT), c.expected) << c.name;
-    if (c.expected != 1) {
-      EXPECT_EQ(blob, nullptr) << c.name;
-      continue;
-    }
-    ASSERT_NE(blob, nullptr) << c.name;
+    ASSERT_EQ(blob != nullptr, c.expected == 1) << c.name;
+    if (blob == nullptr) continue;
     EXPECT_EQ(Bytes(blob, blob + 5), Bytes({0, XGWKB_TYPE_POINT, 0, 0, 0})) << c.name;
     EXPECT_NEAR(xg::load_f64(blob + 5), c.at.x, 1e-12) << c.name;
     EXPECT_NEAR(xg::load_f64(blob + 13), c.at.y, 1e-12) << c.name;
@@ -76,7 +72,7 @@ TEST(LineIsSimple, DetectsCrossingsButNotTheClosingPointAndHandsBackOnlyKBytes) 
   };
   for (const auto& c : cases) {
     const Misaligned line(linestring(c.first));
-    byte* crossings = reinterpret_cast<byte*>(1);
+    unsigned char* crossings = reinterpret_cast<unsigned char*>(1);
     EXPECT_EQ(xg::line_is_simple(line.data(), kT, nullptr), c.second) << c.first.size();
     EXPECT_EQ(xg::line_is_simple(line.data(), kT, &crossings), c.second) << c.first.size();
     EXPECT_EQ(crossings == nullptr, c.second == 1) << c.first.size();
@@ -90,7 +86,7 @@ TEST(LineIsSimple, DetectsCrossingsButNotTheClosingPointAndHandsBackOnlyKBytes) 
   for (const auto& [pts, k] : {std::make_pair(zigzag, std::size_t{10}),
                                std::make_pair(Ring{{0, 0}, {10, 0}, {10, 2}, {5, 0}, {2, 3}}, std::size_t{1})}) {
     const Misaligned line(linestring(pts));
-    byte* crossings = nullptr;
+    unsigned char* crossings = nullptr;
     ASSERT_EQ(xg::line_is_simple(line.data(), kT, &crossings), 0);
     Bytes want(9 + 21 * k, 0);
     xg::BlobWriter(want.data()).header(XGWKB_TYPE_MULTIPOINT).u32(static_cast<uint32_t>(k));
@@ -101,14 +97,12 @@ TEST(LineIsSimple, DetectsCrossingsButNotTheClosingPointAndHandsBackOnlyKBytes) 
 }
 
 TEST(SegmentAgainstRing, LeavesAndEntersANotchedSquare) {
-  // A U-shaped ring: a 10x10 square with a notch 4 wide and 5 deep cut from the top.
+  // Plain crossings and runs along edges come through the relation predicates against GEOS; here
+  // the chords and grazing contacts.  A U-shaped ring: a 10x10 square with a notch 4 wide and
+  // 5 deep cut from the top.
   const Misaligned ring(linestring({{0, 0}, {10, 0}, {10, 10}, {7, 10}, {7, 5}, {3, 5}, {3, 10}, {0, 10}, {0, 0}}));
   const struct { const char* name; _xgWKB_POINT a, b; int32_t leaves, enters; } cases[] = {
-      {"across the notch, ends inside", P(1, 7), P(9, 7), 1, 1},
-      {"along the bottom edge", P(2, 0), P(8, 0), 0, 0},
-      {"outside, touching a corner", P(-1, 1), P(1, -1), 1, 0},
       {"chord over the notch between corners", P(0, 10), P(10, 10), 1, 0},
-      {"chord along the top, then over the notch", P(0, 10), P(5, 10), 1, 0},
       {"chord through the inside between boundary points", P(0, 2), P(10, 2), 0, 1},
       {"inside, grazing the notch's corner", P(1, 7), P(5, 3), 0, 1},
       {"outside, along the notch", P(3, 6), P(3, 9), 0, 0},
@@ -129,17 +123,15 @@ TEST(PointLocators, BoxTestNeverChangesTheSegmentRelation) {
   std::mt19937 rng(7);
   std::uniform_real_distribution<double> coord(-50, 50), unit(0, 1);
   for (int round = 0; round < 200; ++round) {
-    Ring ring;
-    for (int i = 0; i < 3 + round % 6; ++i) ring.push_back(P(coord(rng), coord(rng)));
-    ring.push_back(ring[0]);
+    const Ring ring = star_ring(rng, P(coord(rng), coord(rng)), 1, 50, 3 + round % 6);
     for (int k = 0; k < 20; ++k) {
       // Probe points anywhere, on edges and near vertices.
       const std::size_t e = rng() % (ring.size() - 1);
+      const _xgWKB_POINT &v = ring[e], &w = ring[e + 1];
       const double u = unit(rng);
-      const _xgWKB_POINT& v = ring[e];
-      _xgWKB_POINT p = k % 3 == 0 ? P(coord(rng), coord(rng))
-                                  : P(v.x + u * (ring[e + 1].x - v.x), v.y + u * (ring[e + 1].y - v.y));
-      if (k % 3 == 2) p = P(v.x + 5e-5 * (u - 0.5), v.y);
+      const _xgWKB_POINT p = k % 3 == 0 ? P(coord(rng), coord(rng))
+                             : k % 3 == 1 ? P(v.x + u * (w.x - v.x), v.y + u * (w.y - v.y))
+                                          : P(v.x + 5e-5 * (u - 0.5), v.y);
       // The locators skip the exact relation where the grown segment box rules out a positive
       // answer (on the segment or at an end); only the positive answers must survive.
       for (double t : {1e-9, 1e-3, 0.5}) {
@@ -153,33 +145,25 @@ TEST(PointLocators, BoxTestNeverChangesTheSegmentRelation) {
 }
 
 TEST(SegmentPairs, OffersExactlyThePairsWhoseBoxesMeet) {
-  // Runs long enough for the sweep; the expected pairs come from testing every box pair.
+  // Random walks long enough for the sweep; the expected pairs come from testing every box pair.
   std::mt19937 rng(11);
   std::uniform_real_distribution<double> step(-3, 3);
-  auto walk = [&](int n, double x) {
-    Ring r{P(x, 0)};
-    for (int i = 1; i < n; ++i) r.push_back(P(r.back().x + step(rng), r.back().y + step(rng)));
-    return r;
-  };
   const double t = 0.01;
-  auto meet = [t](const Ring& p, uint32_t i, const Ring& q, uint32_t j) {
-    return xg::boxes_meet(xg::segment_box(p[i], p[i + 1]), xg::segment_box(q[j], q[j + 1]), t);
-  };
   for (int round = 0; round < 5; ++round) {
-    const Ring ra = walk(120, 0), rb = walk(90, 4);
-    std::set<std::pair<uint32_t, uint32_t>> expected, got, expected_self, got_self;
+    Ring r{P(0, 0)};  // points 0..119 are run a, 120..209 run b
+    for (int i = 1; i < 210; ++i) r.push_back(i == 120 ? P(4, 0) : P(r.back().x + step(rng), r.back().y + step(rng)));
+    auto meet = [&](uint32_t i, uint32_t j) {
+      return xg::boxes_meet(xg::segment_box(r[i], r[i + 1]), xg::segment_box(r[j], r[j + 1]), t);
+    };
+    std::set<std::pair<uint32_t, uint32_t>> expected[2], got[2];
     for (uint32_t i = 0; i < 119; ++i) {
-      for (uint32_t j = 0; j < 89; ++j) {
-        if (meet(ra, i, rb, j)) expected.insert({i, j});
-      }
-      for (uint32_t j = i + 2; j < 119; ++j) {
-        if (meet(ra, i, ra, j)) expected_self.insert({i, j});
-      }
+      for (uint32_t j = 0; j < 89; ++j) if (meet(i, 120 + j)) expected[0].insert({i, j});
+      for (uint32_t j = i + 2; j < 119; ++j) if (meet(i, j)) expected[1].insert({i, j});
     }
-    const xg::Span a = xg::make_span(ra.data(), 120), b = xg::make_span(rb.data(), 90);
-    xg::any_segment_pair(a, b, t, [&](uint32_t i, uint32_t j) { return !got.insert({i, j}).second; });
-    xg::any_segment_pair_within(a, 2, t, [&](uint32_t i, uint32_t j) { return !got_self.insert({i, j}).second; });
-    EXPECT_EQ(got, expected);
-    EXPECT_EQ(got_self, expected_self);
+    const xg::Span a = xg::make_span(r.data(), 120), b = xg::make_span(r.data() + 120, 90);
+    xg::any_segment_pair(a, b, t, [&](uint32_t i, uint32_t j) { return !got[0].insert({i, j}).second; });
+    xg::any_segment_pair_within(a, 2, t, [&](uint32_t i, uint32_t j) { return !got[1].insert({i, j}).second; });
+    EXPECT_EQ(got[0], expected[0]);
+    EXPECT_EQ(got[1], expected[1]);
   }
 }

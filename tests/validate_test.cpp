@@ -2,8 +2,9 @@
 // agreement with GEOS's isValid on random polygons.
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
 #include <random>
+#include <utility>
 
 #include "support/blob_builder.h"
 #include "support/geos_oracle.h"
@@ -12,17 +13,13 @@ using namespace xgtest;
 
 namespace {
 
-struct Outcome {
-  uint32_t valid;
-  int32_t status;
-  bool operator==(const Outcome& o) const { return valid == o.valid && status == o.status; }
-};
-std::ostream& operator<<(std::ostream& os, const Outcome& o) { return os << o.valid << " " << o.status; }
+// The verdict and the status word.
+using Outcome = std::pair<uint32_t, int32_t>;
 
 Outcome check(const Bytes& blob, int32_t preset = 0) {
   Misaligned m(blob);
   Outcome o{0, preset};
-  o.valid = xgWKB_shape_check_WKBdata(m.data(), &o.status);
+  o.first = xgWKB_shape_check_WKBdata(m.data(), &o.second);
   return o;
 }
 
@@ -65,7 +62,7 @@ TEST(Validation, RejectsEachRuleOnAMinimalShape) {
   };
   for (const auto& c : cases) EXPECT_EQ(check(c.blob), (Outcome{0, c.status})) << c.what;
   // Holes touching the shell or each other without closing a cycle are fine.
-  EXPECT_EQ(check(polygon({shell, left, triangle({9, 1}, {8, 2}, {9, 3})})).valid, 1u);
+  EXPECT_EQ(check(polygon({shell, left, triangle({9, 1}, {8, 2}, {9, 3})})).first, 1u);
 }
 
 TEST(Validation, AcceptsValidShapesOfEveryType) {
@@ -73,7 +70,6 @@ TEST(Validation, AcceptsValidShapesOfEveryType) {
       point(1, 2),
       linestring({{0, 0}, {1, 0}, {0, 0.5}, {1, 1}}),  // an open line may cross itself
       linestring({{0, 0}, {1, 0}, {1, 1}, {0, 0}}),
-      polygon({square(0, 0, 10), square(1, 1, 2), square(5, 5, 2)}),
       multi(XGWKB_TYPE_MULTIPOINT, {}),
       multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(0, 0)}),
       multiline({{{0, 0}, {1, 1}}, {{0, 1}, {1, 0}}}),
@@ -86,59 +82,41 @@ TEST(Validation, AcceptsValidShapesOfEveryType) {
 }
 
 TEST(Validation, StatusWordRules) {
-  int32_t status = 0;
-  EXPECT_EQ(xgWKB_shape_check_WKBdata(nullptr, &status), 0u);
-  EXPECT_EQ(status, XGWKB_E_NULL_POINTER);
-  status = 0x100;  // ORed, not assigned
-  EXPECT_EQ(xgWKB_shape_check_WKBdata(nullptr, &status), 0u);
-  EXPECT_EQ(status, XGWKB_E_NULL_POINTER | 0x100);
+  for (int32_t status : {0, 0x100}) {  // the null-pointer code is ORed in, not assigned
+    const int32_t preset = status;
+    EXPECT_EQ(xgWKB_shape_check_WKBdata(nullptr, &status), 0u);
+    EXPECT_EQ(status, XGWKB_E_NULL_POINTER | preset);
+  }
   // Not a geometry: no verdict, the status stays as preset.
   EXPECT_EQ(check(nil(), 123), (Outcome{0, 123}));
   // An empty polygon's -82 is ORed in as well.
-  EXPECT_EQ(check(polygon({}), 0x1000).status, XGWKB_E_INTEGRITY | 0x1000);
+  EXPECT_EQ(check(polygon({}), 0x1000).second, XGWKB_E_INTEGRITY | 0x1000);
   // Assigned codes replace the preset value.
-  EXPECT_EQ(check(linestring({{0, 0}}), 0x1000).status, XGWKB_E_TOO_FEW_POINTS);
+  EXPECT_EQ(check(linestring({{0, 0}}), 0x1000).second, XGWKB_E_TOO_FEW_POINTS);
 }
-
-namespace {
-
-// A ring of n vertices at random angles and radii around c: simple when the angles are sorted,
-// usually self-crossing when they are not.
-Ring random_ring(std::mt19937& rng, _xgWKB_POINT c, double r_min, double r_max, int n, bool sorted) {
-  std::uniform_real_distribution<double> angle(0, 2 * M_PI), radius(r_min, r_max);
-  std::vector<double> angles(n);
-  for (double& a : angles) a = angle(rng);
-  if (sorted) std::sort(angles.begin(), angles.end());
-  Ring ring;
-  for (double a : angles) {
-    const double r = radius(rng);
-    ring.push_back({c.x + r * std::cos(a), c.y + r * std::sin(a)});
-  }
-  ring.push_back(ring.front());
-  return ring;
-}
-
-}  // namespace
 
 TEST(Validation, AgreesWithGeosOnRandomPolygons) {
   GeosOracle oracle;
   std::mt19937 rng(20261122);
   std::uniform_int_distribution<int> vertices(3, 9);
-  std::bernoulli_distribution coin(0.5);
   std::uniform_real_distribution<double> offset(-40, 40);
-  int valid_seen = 0, invalid_seen = 0;
+  int seen[2] = {0, 0};
   for (int i = 0; i < 400; ++i) {
-    std::vector<Ring> rings{random_ring(rng, {0, 0}, 50, 100, vertices(rng), coin(rng))};
-    const int holes = i % 3;
-    for (int h = 0; h < holes; ++h)
-      rings.push_back(random_ring(rng, {offset(rng), offset(rng)}, 2, 12, vertices(rng), true));
+    // A star shell, half the time with its vertices shuffled (usually self-crossing), and up to
+    // two star holes placed anywhere near its middle.
+    std::vector<Ring> rings{star_ring(rng, {0, 0}, 50, 100, vertices(rng))};
+    if (rng() % 2) {
+      std::shuffle(rings[0].begin(), rings[0].end() - 1, rng);
+      rings[0].back() = rings[0].front();
+    }
+    for (int h = 0; h < i % 3; ++h) rings.push_back(star_ring(rng, {offset(rng), offset(rng)}, 2, 12, vertices(rng)));
     const Bytes blob = polygon(rings);
     GeosGeom g(oracle, oracle.to_geos(blob.data()));
     const bool geos_valid = GEOSisValid_r(oracle.handle(), g.get()) == 1;
     const Outcome o = check(blob);
-    EXPECT_EQ(o.valid == 1, geos_valid) << oracle.to_wkt(g.get()) << " status " << o.status;
-    (geos_valid ? valid_seen : invalid_seen)++;
+    EXPECT_EQ(o.first == 1, geos_valid) << oracle.to_wkt(g.get()) << " status " << o.second;
+    ++seen[geos_valid];
   }
-  EXPECT_GT(valid_seen, 50);
-  EXPECT_GT(invalid_seen, 50);
+  EXPECT_GT(seen[0], 50);
+  EXPECT_GT(seen[1], 50);
 }

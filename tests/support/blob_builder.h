@@ -2,8 +2,10 @@
 #ifndef XGGEO_TESTS_BLOB_BUILDER_H
 #define XGGEO_TESTS_BLOB_BUILDER_H
 
+#include <cmath>
 #include <cstdint>
 #include <initializer_list>
+#include <random>
 #include <vector>
 
 #include "xggeokit.h"
@@ -42,6 +44,20 @@ class Misaligned {
 
 // A closed axis-aligned square ring, counter-clockwise.
 Ring square(double x0, double y0, double size);
+
+// A closed star-shaped ring around c: n vertices, one per equal sector at a jittered angle, at
+// radii in [r_min, r_max]; simple for n >= 3.
+template <class Rng>
+Ring star_ring(Rng& rng, _xgWKB_POINT c, double r_min, double r_max, int n, bool clockwise = false) {
+  std::uniform_real_distribution<double> jitter(0.05, 0.95), radius(r_min, r_max);
+  Ring ring;
+  for (int i = 0; i < n; ++i) {
+    const double a = (clockwise ? -2 : 2) * M_PI * (i + jitter(rng)) / n, r = radius(rng);
+    ring.push_back({c.x + r * std::cos(a), c.y + r * std::sin(a)});
+  }
+  ring.push_back(ring.front());
+  return ring;
+}
 
 }  // namespace xgtest
 
