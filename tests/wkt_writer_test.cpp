@@ -2,16 +2,15 @@
 // the reader and GEOS, and the coordinate formatter against printf("%lf").
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <cfloat>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <limits>
 #include <random>
+#include <regex>
 #include <string>
 
-#include "support/blob_builder.h"
 #include "support/edit_result.h"
 #include "support/geos_oracle.h"
 #include "wkt/number_format.h"
@@ -35,16 +34,7 @@ std::string wkt_of(const Bytes& blob) {
 
 // Expected texts are written with integers: "point (1 -2)" stands for
 // "point (1.000000 -2.000000)".
-std::string six(const char* text) {
-  std::string out;
-  for (const char* p = text; *p != '\0'; ++p) {
-    out += *p;
-    if (std::isdigit(static_cast<unsigned char>(*p)) && !std::isdigit(static_cast<unsigned char>(p[1]))) {
-      out += ".000000";
-    }
-  }
-  return out;
-}
+std::string six(const char* text) { return std::regex_replace(text, std::regex("[0-9]+"), "$&.000000"); }
 
 std::string printf_lf(double v) {
   char buf[400];
@@ -83,15 +73,12 @@ TEST(WktWriter, WritesEachTypeAndLeavesOnePointPartsOpenAndEmptyPartsOut) {
       {point(1e20, -1e20), "point (100000000000000000000 -100000000000000000000)"},
   };
   for (const auto& c : cases) EXPECT_EQ(wkt_of(c.first), six(c.second));
-  EXPECT_EQ(wkt_of(point(1.5, -0.25)), "point (1.500000 -0.250000)");
-  EXPECT_EQ(wkt_of(point(-0.0, -1e-9)), "point (-0.000000 -0.000000)");
-  EXPECT_EQ(wkt_of(point(1e300, 1)), "point (" + printf_lf(1e300) + " 1.000000)");
+  EXPECT_EQ(wkt_of(point(1.5, -1e-9)), "point (1.500000 -0.000000)");  // other values: the formatter test
 }
 
 TEST(WktWriter, RefusesNilAnnotationAndUnknownTypes) {
   for (uint32_t type : {0u, 9u, 10u, 11u, 12u, 13u, 21u, 7u, 1000u}) {
-    Bytes b;
-    put_header(b, type);
+    Bytes b = header(type);
     put_u32(b, 0);
     EXPECT_EQ(wkt_of(b), "<status -27>") << type;
   }
