@@ -153,23 +153,18 @@ TEST(Construct, BlobsWithoutAComputedSize) {
 }
 
 TEST(Construct, CircleAndEllipseWriteAnUncountedClosingPointAndUseTheFloatTwoPi) {
-  Out circle;
+  Out circle, six, ellipse;
   ASSERT_EQ(xgWKB_shape_generate_polygon_from_circle(&kOrigin, 1, 4, &circle.p), 0);
   ASSERT_EQ(circle.bytes().size(), 13u + 16 * 4);
-  const _xgWKB_POINT want[] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}, {1, 0}};  // the last past the ring
-  for (uint32_t i = 0; i < 5; ++i) {
-    EXPECT_NEAR(xg::load_point(circle.p + 13 + 16 * i).x, want[i].x, 1e-6);
-    EXPECT_NEAR(xg::load_point(circle.p + 13 + 16 * i).y, want[i].y, 1e-6);
-  }
+  const double want[] = {1, 0, 0, 1, -1, 0, 0, -1, 1, 0};  // the last point past the ring
+  for (uint32_t i = 0; i < 10; ++i) EXPECT_NEAR(xg::load_f64(circle.p + 13 + 8 * i), want[i], 1e-6) << i;
   // With n = 6, point 3 sits at half of the single-precision 2pi, a little past pi.
-  Out six;
   ASSERT_EQ(xgWKB_shape_generate_polygon_from_circle(&kOrigin, 1, 6, &six.p), 0);
   EXPECT_NEAR(xg::PointRun{six.p + 9}.point(3).y, -8.742278e-8, 1e-13);
 
   // The ellipse starts on the circle of radius a and sweeps to the single-precision 2pi.
   const _xgWKB_POINT c{10, 20};
   const double start = 1.5707963267948966, two_pi_f = 6.2831854820251465;
-  Out ellipse;
   ASSERT_EQ(xgWKB_shape_generate_from_ellipse(&c, 2, 1, start, 9, &ellipse.p), 0);
   const xg::PointRun ring{ellipse.p + 9};
   ASSERT_EQ(ring.size(), 9u);

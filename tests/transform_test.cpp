@@ -76,7 +76,8 @@ TEST(ShapeTransforms, MoveStretchAndRotateRewriteEveryVertexOfEveryType) {
     ASSERT_EQ(xgWKB_shape_move(moved.data(), 1.5, -2), 0);
     EXPECT_EQ(bytes_of(moved.data()), mapped(blob, [](_xgWKB_POINT p) { return _xgWKB_POINT{p.x + 1.5, p.y - 2}; }));
     ASSERT_EQ(xgWKB_shape_stretch(stretched.data(), &base, 2, -1), 0);
-    EXPECT_EQ(bytes_of(stretched.data()), mapped(blob, [](_xgWKB_POINT p) { return _xgWKB_POINT{2 * p.x - 1, 2 - p.y}; }));
+    EXPECT_EQ(bytes_of(stretched.data()),
+              mapped(blob, [](_xgWKB_POINT p) { return _xgWKB_POINT{2 * p.x - 1, 2 - p.y}; }));
     ASSERT_EQ(xgWKB_shape_rotate(turned.data(), M_PI / 2, 3, -4), 0);  // clockwise for a positive angle
     const Bytes quarter = mapped(blob, [](_xgWKB_POINT p) { return _xgWKB_POINT{p.y + 7, -1 - p.x}; });
     expect_near(coords_of(turned.data()), coords_of(quarter.data()), 1e-12);
