@@ -2,13 +2,13 @@
 // the reader and GEOS, and the coordinate formatter against printf("%lf").
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cfloat>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <limits>
 #include <random>
-#include <regex>
 #include <string>
 
 #include "support/edit_result.h"
@@ -34,7 +34,16 @@ std::string wkt_of(const Bytes& blob) {
 
 // Expected texts are written with integers: "point (1 -2)" stands for
 // "point (1.000000 -2.000000)".
-std::string six(const char* text) { return std::regex_replace(text, std::regex("[0-9]+"), "$&.000000"); }
+std::string six(const char* text) {
+  std::string out;
+  for (const char* p = text; *p != '\0'; ++p) {
+    out += *p;
+    if (std::isdigit(static_cast<unsigned char>(*p)) && !std::isdigit(static_cast<unsigned char>(p[1]))) {
+      out += ".000000";
+    }
+  }
+  return out;
+}
 
 std::string printf_lf(double v) {
   char buf[400];
