@@ -26,7 +26,7 @@ std::pair<int32_t, Bytes> read(const std::string& text) {
   if (shape == &untouched) return {status, {}};
   Out owned;
   owned.p = shape;
-  return {status, owned.bytes()};
+  return {status, shape == nullptr ? Bytes{0xFF} : owned.bytes()};  // 0xFF: set to null
 }
 
 }  // namespace
