@@ -21,6 +21,16 @@ Bytes header_only(uint32_t type) {
   return b;
 }
 
+std::string describe(int32_t code, bool utf8 = false) {
+  char* msg = reinterpret_cast<char*>(0x1);
+  const uint32_t found = utf8 ? xgWKB_shape_get_error_description_utf8(code, &msg)
+                              : xgWKB_shape_get_error_description(code, &msg);
+  if (!found) return msg == reinterpret_cast<char*>(0x1) ? "<none>" : "<touched>";
+  std::string s(msg);
+  xgWKB_shape_free(msg);  // a fresh copy per call, or the sanitizers object
+  return s;
+}
+
 }  // namespace
 
 TEST(BlobSize, EveryGeometryTypeAtOddOffsetsIsSizedAndWalked) {
@@ -43,13 +53,9 @@ TEST(BlobSize, EveryGeometryTypeAtOddOffsetsIsSizedAndWalked) {
     xg::for_each_coord(m.data(), [&](const unsigned char*) { ++coords; });
     EXPECT_EQ(coords, c.coords) << c.size;
   }
-  // Storage order, across members and rings.
-  Misaligned m(kMultipolygon);
-  std::vector<_xgWKB_POINT> seen;
-  xg::for_each_coord(m.data(), [&](const unsigned char* at) { seen.push_back(xg::load_point(at)); });
-  EXPECT_EQ(seen[5].x, 10);
-  EXPECT_EQ(seen[10].x, 11);
-  EXPECT_EQ(seen[15].x, -30);
+  std::vector<double> xs;  // storage order, across members and rings
+  xg::for_each_coord(Misaligned(kMultipolygon).data(), [&](const unsigned char* p) { xs.push_back(xg::load_f64(p)); });
+  EXPECT_EQ(std::vector<double>({xs[5], xs[10], xs[15]}), std::vector<double>({10, 11, -30}));
 }
 
 TEST(BlobSize, NilForeignTypesAndForeignMembersHaveNoSize) {
@@ -62,8 +68,7 @@ TEST(BlobSize, NilForeignTypesAndForeignMembersHaveNoSize) {
     EXPECT_EQ(size, 1234u);
   }
   uint32_t size = 99;
-  EXPECT_EQ(xgWKB_shape_get_WKB_size(nullptr, &size), XGWKB_E_NULL_POINTER);
-  EXPECT_EQ(size, 0u);
+  EXPECT_EQ((std::pair{xgWKB_shape_get_WKB_size(nullptr, &size), size}), (std::pair{XGWKB_E_NULL_POINTER + 0, 0u}));
 }
 
 TEST(TypeQueries, AnswerForNullAndEveryTypeCode) {
@@ -78,25 +83,22 @@ TEST(TypeQueries, AnswerForNullAndEveryTypeCode) {
     for (int q = 0; q < 5; ++q)
       EXPECT_EQ(queries[q](b.data()), static_cast<uint32_t>(r.second[q] - '0')) << r.first << " " << q;
     uint32_t type = 77;
-    EXPECT_EQ(xgWKB_shape_get_type(b.data(), &type), 0);
-    EXPECT_EQ(type, r.first);
+    EXPECT_EQ((std::pair{xgWKB_shape_get_type(b.data(), &type), type}), (std::pair{0, r.first}));
   }
   for (Query q : queries) EXPECT_EQ(q(nullptr), 0u);
   uint32_t type = 77;
-  EXPECT_EQ(xgWKB_shape_get_type(nullptr, &type), XGWKB_E_NULL_POINTER);
-  EXPECT_EQ(type, 0u);
+  EXPECT_EQ((std::pair{xgWKB_shape_get_type(nullptr, &type), type}), (std::pair{XGWKB_E_NULL_POINTER + 0, 0u}));
 }
 
 TEST(LifeCycle, MakeNilDuplicateAndFree) {
-  unsigned char* nil = nullptr;
+  unsigned char *nil = nullptr, *copies[2] = {nullptr, nullptr};
   EXPECT_EQ(xgWKB_shape_make_nil(0, &nil), XGWKB_E_NULL_POINTER);
   EXPECT_EQ(nil, nullptr);
   ASSERT_EQ(xgWKB_shape_make_nil(42, &nil), 0);
-  EXPECT_EQ(Bytes(nil, nil + 5), xgtest::nil());
-  unsigned char* copies[2] = {nullptr, nullptr};
-  ASSERT_EQ(xgWKB_shape_duplicate(nil, &copies[0]), 0);
+  ASSERT_EQ(xgWKB_shape_duplicate(nil, &copies[0]), 0);  // the nil shape copies its 5 bytes
   ASSERT_EQ(xgWKB_shape_duplicate(Misaligned(kMultipolygon).data(), &copies[1]), 0);
-  EXPECT_EQ(Bytes(copies[0], copies[0] + 5), xgtest::nil());  // the nil shape copies its 5 bytes
+  EXPECT_EQ(Bytes(nil, nil + 5), xgtest::nil());
+  EXPECT_EQ(Bytes(copies[0], copies[0] + 5), xgtest::nil());
   EXPECT_EQ(Bytes(copies[1], copies[1] + kMultipolygon.size()), kMultipolygon);
   EXPECT_EQ(xgWKB_shape_duplicate(nullptr, &nil), XGWKB_E_INVALID_SHAPE);
   xgWKB_shape_free_array(2, copies);
@@ -134,36 +136,11 @@ TEST(Extent, IndexRulesOfEachType) {
   EXPECT_EQ(xgWKB_shape_get_extent(nullptr, 0, &box), XGWKB_E_NULL_POINTER);
 }
 
-TEST(SharedOperations, BoxToleranceIsStrictAndOtherTypesCountAsClosedLines) {
-  const _xgWKB_BOX left{0, 0, 1, 1}, right{2, 0, 3, 1};
-  EXPECT_EQ(xg::wkb_boxes_disjoint_tol(left, right, 0.5), 1);
-  EXPECT_EQ(xg::wkb_boxes_disjoint_tol(right, left, 1.0), 0);  // touching within t
-  // Not a linestring: every non-nil type counts as closed, the nil shape as open.
-  EXPECT_EQ(xg::wkb_line_is_closed_tol(point(0, 0).data(), 0.0001), 1);
-  EXPECT_EQ(xg::wkb_line_is_closed_tol(nil().data(), 0.0001), 0);
-  EXPECT_EQ(xg::wkb_line_is_closed_tol(linestring({{0, 0}}).data(), 0.0001), 0);
-}
-
-namespace {
-
-std::string describe(int32_t code, bool utf8 = false) {
-  char* msg = reinterpret_cast<char*>(0x1);
-  const uint32_t found = utf8 ? xgWKB_shape_get_error_description_utf8(code, &msg)
-                              : xgWKB_shape_get_error_description(code, &msg);
-  if (!found) return msg == reinterpret_cast<char*>(0x1) ? "<none>" : "<touched>";
-  std::string s(msg);
-  xgWKB_shape_free(msg);  // a fresh copy per call, or the sanitizers object
-  return s;
-}
-
-}  // namespace
-
 TEST(ErrorTable, MessagesAreTheStoredBytesAndTheFirstMatchWins) {
   EXPECT_EQ(describe(-65), "\xB8\xF8\xB6\xA8\xB5\xC4\xD6\xB8\xD5\xEB\xCE\xAA\xBF\xD5\xBB\xF2\xCE\xDE\xD0\xA7");
   // The later -36 and 0 entries are shadowed.
   EXPECT_EQ(describe(-36), "\xB3\xAC\xB9\xFD\xD6\xB8\xB6\xA8\xB5\xC4\xD7\xEE\xB4\xF3\xB5\xE3\xCA\xFD");
   EXPECT_EQ(describe(0), "\xB3\xC9\xB9\xA6");
-  EXPECT_EQ(describe(5), "\xC4\xDA\xB4\xE6\xB7\xD6\xC5\xE4\xB4\xED\xCE\xF3\xB2\xA2\xCD\xCB\xB3\xF6");
   EXPECT_EQ(describe(-36, true), "超过指定的最大点数");
   EXPECT_EQ(describe(-135, true), "给定的shape part索引号不存在");
   for (int32_t code : {-500, 1, -2, 6, -100000}) {

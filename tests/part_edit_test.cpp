@@ -2,9 +2,6 @@
 // copies of the outer ring when an island is deleted, and the blocks handed out before a failure.
 #include <gtest/gtest.h>
 
-#include <vector>
-
-#include "support/blob_builder.h"
 #include "support/edit_result.h"
 
 using namespace xgtest;
@@ -23,15 +20,7 @@ const Bytes kPolygon = polygon({kOuter, kIsland});
 const Bytes kThreeRings = polygon({kOuter, kIsland, kIsland2});
 const Bytes kMultiPoint = multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1)});
 const Bytes kMultiLine = multiline({{{0, 0}, {1, 1}}, {{5, 5}, {6, 6}}});
-const Bytes kMultiPolygon = multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({kFar}), kPolygon});
-
-// The blob with byte-order byte 1: a copied outer header keeps it, a fresh one writes 0.
-Bytes one(Bytes b) {
-  b[0] = 1;
-  return b;
-}
-
-Bytes mp(std::initializer_list<Bytes> members) { return multi(XGWKB_TYPE_MULTIPOLYGON, members); }
+const Bytes kMultiPolygon = mp({polygon({kFar}), kPolygon});
 
 const auto kAdd = xgWKB_shape_add_part;
 const auto kInsert = xgWKB_shape_insert_part;
@@ -52,42 +41,42 @@ TEST(PartEdit, EachCallGivesItsStatusAndExactBlob) {
   const EditCase cases[] = {
       // add: the input copied whole, its count patched.
       {"add null part", [](auto o) { return xgWKB_shape_add_part(kPolygon.data(), nullptr, o); }, -65},
-      {"add to linestring", on(kAdd, one(kLine), kLine), -134},
-      {"add line to multipoint", on(kAdd, one(kMultiPoint), kLine), -134},
-      {"add polygon ring outside", on(kAdd, one(kPolygon), far), -82},
-      {"add polygon ring", on(kAdd, one(kPolygon), island2), 0, one(kThreeRings)},
-      {"add point", on(kAdd, one(kMultiPoint), point(2, 2)), 0,
-       one(multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1), point(2, 2)}))},
-      {"add 3 points at once", on(kAdd, one(kMultiPoint), three_points), 0,
-       one(multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1), point(2, 2), point(3, 3), point(4, 4)}))},
-      {"add multipolygon", on(kAdd, one(kMultiPolygon), mp({polygon({kIsland})})), 0,
-       one(mp({polygon({kFar}), kPolygon, polygon({kIsland})}))},
+      {"add to linestring", on(kAdd, marked(kLine), kLine), -134},
+      {"add line to multipoint", on(kAdd, marked(kMultiPoint), kLine), -134},
+      {"add polygon ring outside", on(kAdd, marked(kPolygon), far), -82},
+      {"add polygon ring", on(kAdd, marked(kPolygon), island2), 0, marked(kThreeRings)},
+      {"add point", on(kAdd, marked(kMultiPoint), point(2, 2)), 0,
+       marked(multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1), point(2, 2)}))},
+      {"add 3 points at once", on(kAdd, marked(kMultiPoint), three_points), 0,
+       marked(multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1), point(2, 2), point(3, 3), point(4, 4)}))},
+      {"add multipolygon", on(kAdd, marked(kMultiPolygon), mp({polygon({kIsland})})), 0,
+       marked(mp({polygon({kFar}), kPolygon, polygon({kIsland})}))},
       // insert: a fresh header, the piece before the index.
-      {"insert into linestring", on(kInsert, one(kLine), kLine, 1), -134},
-      {"insert wrong member type", on(kInsert, one(kMultiPoint), kLine, 9), -136},
-      {"insert ring outside", on(kInsert, one(kPolygon), far, 9), -82},
-      {"insert at count+1", on(kInsert, one(kMultiLine), kLine, 3), -135},
-      {"insert multipoint at count+1", on(kInsert, one(kMultiPoint), point(5, 5), 3), -135, {}, true},
-      {"insert point", on(kInsert, one(kMultiPoint), point(7, 7), 2), 0,
+      {"insert into linestring", on(kInsert, marked(kLine), kLine, 1), -134},
+      {"insert wrong member type", on(kInsert, marked(kMultiPoint), kLine, 9), -136},
+      {"insert ring outside", on(kInsert, marked(kPolygon), far, 9), -82},
+      {"insert at count+1", on(kInsert, marked(kMultiLine), kLine, 3), -135},
+      {"insert multipoint at count+1", on(kInsert, marked(kMultiPoint), point(5, 5), 3), -135, {}, true},
+      {"insert point", on(kInsert, marked(kMultiPoint), point(7, 7), 2), 0,
        multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(7, 7), point(1, 1)})},
-      {"insert ring before outer", on(kInsert, one(kPolygon), island2, 1), 0, polygon({kIsland2, kOuter, kIsland})},
+      {"insert ring before outer", on(kInsert, marked(kPolygon), island2, 1), 0, polygon({kIsland2, kOuter, kIsland})},
       // replace: the header copied.
-      {"replace in linestring", on(kReplace, one(kLine), kLine, 1), -27},
-      {"replace wrong member type", on(kReplace, one(kMultiPolygon), kLine, 9), -136},
-      {"replace inner ring outside", on(kReplace, one(kPolygon), far, 2), -6},
-      {"replace index 3", on(kReplace, one(kPolygon), island2, 3), -135},
-      {"replace inner ring", on(kReplace, one(kPolygon), island2, 2), 0, one(polygon({kOuter, kIsland2}))},
-      {"replace outer ring untested", on(kReplace, one(kPolygon), far, 1), 0, one(polygon({kFar, kIsland}))},
-      {"replace member", on(kReplace, one(kMultiPolygon), polygon({kOuter}), 1), 0,
-       one(mp({polygon({kOuter}), kPolygon}))},
+      {"replace in linestring", on(kReplace, marked(kLine), kLine, 1), -27},
+      {"replace wrong member type", on(kReplace, marked(kMultiPolygon), kLine, 9), -136},
+      {"replace inner ring outside", on(kReplace, marked(kPolygon), far, 2), -6},
+      {"replace index 3", on(kReplace, marked(kPolygon), island2, 3), -135},
+      {"replace inner ring", on(kReplace, marked(kPolygon), island2, 2), 0, marked(polygon({kOuter, kIsland2}))},
+      {"replace outer ring untested", on(kReplace, marked(kPolygon), far, 1), 0, marked(polygon({kFar, kIsland}))},
+      {"replace member", on(kReplace, marked(kMultiPolygon), polygon({kOuter}), 1), 0,
+       marked(mp({polygon({kOuter}), kPolygon}))},
       // delete: a fresh header; the outer ring stays; the only member leaves the nil shape.
-      {"delete outer ring", on(kDelete, one(kThreeRings), 1), -6},
-      {"delete from one ring", on(kDelete, one(polygon({kOuter})), 2), -6},
-      {"delete ring 4", on(kDelete, one(kThreeRings), 4), -135},
-      {"delete from linestring", on(kDelete, one(kLine), 1), -134},
-      {"delete ring", on(kDelete, one(kThreeRings), 2), 0, polygon({kOuter, kIsland2})},
-      {"delete member", on(kDelete, one(kMultiLine), 1), 0, multiline({{{5, 5}, {6, 6}}})},
-      {"delete only member", on(kDelete, one(multi(XGWKB_TYPE_MULTIPOINT, {point(1, 1)})), 1), 0, nil()},
+      {"delete outer ring", on(kDelete, marked(kThreeRings), 1), -6},
+      {"delete from one ring", on(kDelete, marked(polygon({kOuter})), 2), -6},
+      {"delete ring 4", on(kDelete, marked(kThreeRings), 4), -135},
+      {"delete from linestring", on(kDelete, marked(kLine), 1), -134},
+      {"delete ring", on(kDelete, marked(kThreeRings), 2), 0, polygon({kOuter, kIsland2})},
+      {"delete member", on(kDelete, marked(kMultiLine), 1), 0, multiline({{{5, 5}, {6, 6}}})},
+      {"delete only member", on(kDelete, marked(multi(XGWKB_TYPE_MULTIPOINT, {point(1, 1)})), 1), 0, nil()},
       // islands
       {"island on multipolygon", on(xgWKB_shape_add_island, kMultiPolygon, kIsland2.data(), 5), -136},
       {"island null points", on(xgWKB_shape_add_island, kPolygon, nullptr, 5), -65},
@@ -104,20 +93,20 @@ TEST(PartEdit, EachCallGivesItsStatusAndExactBlob) {
       {"delete island nowhere", del_island(kThreeRings, {7, 1}), -6},
       {"delete island of line", del_island(kLine, {0, 0}), -136},
       // multipolygon rings; add and replace hand their block out before the ring tests.
-      {"add mp ring part 3", on(kAddRing, one(kMultiPolygon), 3, 1, kIsland2.data(), 5), -135},
-      {"add mp ring outside", on(kAddRing, one(kMultiPolygon), 2, 1, kFar.data(), 5), -82, {}, true},
-      {"add mp ring index 3", on(kAddRing, one(kMultiPolygon), 2, 3, kIsland2.data(), 5), -135, {}, true},
-      {"add mp ring 2", on(kAddRing, one(kMultiPolygon), 2, 2, kIsland2.data(), 5), 0,
-       one(mp({polygon({kFar}), polygon({kOuter, kIsland2, kIsland})}))},
-      {"replace ring 3", on(kReplaceRing, one(kMultiPolygon), 2, 3, kIsland2.data(), 5), -135},
-      {"replace ring outside", on(kReplaceRing, one(kMultiPolygon), 2, 2, kFar.data(), 5), -82, {}, true},
-      {"replace ring 2", on(kReplaceRing, one(kMultiPolygon), 2, 2, kIsland2.data(), 5), 0,
-       one(mp({polygon({kFar}), polygon({kOuter, kIsland2})}))},
+      {"add mp ring part 3", on(kAddRing, marked(kMultiPolygon), 3, 1, kIsland2.data(), 5), -135},
+      {"add mp ring outside", on(kAddRing, marked(kMultiPolygon), 2, 1, kFar.data(), 5), -82, {}, true},
+      {"add mp ring index 3", on(kAddRing, marked(kMultiPolygon), 2, 3, kIsland2.data(), 5), -135, {}, true},
+      {"add mp ring 2", on(kAddRing, marked(kMultiPolygon), 2, 2, kIsland2.data(), 5), 0,
+       marked(mp({polygon({kFar}), polygon({kOuter, kIsland2, kIsland})}))},
+      {"replace ring 3", on(kReplaceRing, marked(kMultiPolygon), 2, 3, kIsland2.data(), 5), -135},
+      {"replace ring outside", on(kReplaceRing, marked(kMultiPolygon), 2, 2, kFar.data(), 5), -82, {}, true},
+      {"replace ring 2", on(kReplaceRing, marked(kMultiPolygon), 2, 2, kIsland2.data(), 5), 0,
+       marked(mp({polygon({kFar}), polygon({kOuter, kIsland2})}))},
       {"delete outer ring of member",
        [](auto o) { return xgWKB_shape_delete_multipolygon_ring(kMultiPolygon.data(), 2, 1, o); }, -135},
       {"delete ring of member",
-       [](auto o) { return xgWKB_shape_delete_multipolygon_ring(one(kMultiPolygon).data(), 2, 2, o); }, 0,
-       one(mp({polygon({kFar}), polygon({kOuter})}))},
+       [](auto o) { return xgWKB_shape_delete_multipolygon_ring(marked(kMultiPolygon).data(), 2, 2, o); }, 0,
+       marked(mp({polygon({kFar}), polygon({kOuter})}))},
   };
   for (const EditCase& c : cases) check_edit(c);
 }

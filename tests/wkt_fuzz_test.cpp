@@ -28,22 +28,17 @@ std::string mutate(std::string s, std::mt19937& rng) {
   for (std::size_t edits = 1 + pick(2); edits > 0; --edits) {
     const std::size_t at = pick(s.size());
     const char meaningful = kAlphabet[pick(sizeof kAlphabet - 2)];
-    switch (pick(4)) {
-      case 0:  // truncate
-        s.resize(at);
-        break;
-      case 1:  // replace a byte with any non-zero byte, or with a meaningful one
-        if (at < s.size()) s[at] = pick(1) ? static_cast<char>(1 + pick(254)) : meaningful;
-        break;
-      case 2:  // insert a meaningful character
-        s.insert(at, 1, meaningful);
-        break;
-      case 3:  // delete a character
-        if (at < s.size()) s.erase(at, 1);
-        break;
-      default:  // duplicate a stretch
-        s.insert(at, s.substr(pick(s.size()), pick(12)));
-        break;
+    const int kind = static_cast<int>(pick(4));
+    if (kind == 0) {
+      s.resize(at);  // truncate
+    } else if (kind == 1 && at < s.size()) {  // replace a byte with any non-zero byte or a meaningful one
+      s[at] = pick(1) ? static_cast<char>(1 + pick(254)) : meaningful;
+    } else if (kind == 2) {
+      s.insert(at, 1, meaningful);
+    } else if (kind == 3 && at < s.size()) {
+      s.erase(at, 1);
+    } else if (kind == 4) {  // duplicate a stretch
+      s.insert(at, s.substr(pick(s.size()), pick(12)));
     }
   }
   return s;
@@ -58,7 +53,6 @@ TEST(WktFuzz, MutatedTextsNeitherCrashNorOverreadNorMakeBrokenShapes) {
     const std::string text = mutate(kSeeds[i % (sizeof kSeeds / sizeof *kSeeds)], rng);
     std::unique_ptr<char[]> buffer(new char[text.size() + 1]);
     std::memcpy(buffer.get(), text.c_str(), text.size() + 1);
-
     int32_t type = -1, size = -1;
     ASSERT_EQ(xgWKB_shape_get_WKT_type(buffer.get(), &type), XGWKB_OK);
     const int32_t size_status = xgWKB_shape_get_WKT_size(buffer.get(), &size);

@@ -1,7 +1,6 @@
 // The WKT reader: which texts it accepts and what it builds, the type and size inspections, and
 // the conversion of number fields.  Round trips through the writer are in wkt_writer_test.
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +9,6 @@
 #include <random>
 #include <string>
 
-#include "support/blob_builder.h"
 #include "support/edit_result.h"
 #include "wkt/number_format.h"
 
@@ -18,13 +16,17 @@ using namespace xgtest;
 
 namespace {
 
-// Reads text from an exactly sized heap copy: its status and the shape's bytes.
+// Reads text from an exactly sized heap copy: its status and the shape's bytes, none when the
+// out-pointer was left alone.
 std::pair<int32_t, Bytes> read(const std::string& text) {
   const std::unique_ptr<char[]> copy(new char[text.size() + 1]);
   std::memcpy(copy.get(), text.c_str(), text.size() + 1);
-  Out shape;
-  const int32_t status = xgWKB_shape_generate_from_WKT(copy.get(), &shape.p);
-  return {status, shape.bytes()};
+  unsigned char untouched = 0, *shape = &untouched;
+  const int32_t status = xgWKB_shape_generate_from_WKT(copy.get(), &shape);
+  if (shape == &untouched) return {status, {}};
+  Out owned;
+  owned.p = shape;
+  return {status, shape == nullptr ? Bytes{0xFF} : owned.bytes()};  // 0xFF: set to null
 }
 
 }  // namespace
@@ -39,23 +41,11 @@ TEST(WktReader, BuildsTheShapeOfWellFormedTexts) {
       {"linestring (1e3 -.5,0x10 +7)", linestring({{1000, -0.5}, {16, 7}})},
       {"linestring (1.5x 2y,a b)", linestring({{1.5, 2}, {0, 0}})},  // longest prefix, else 0
       {"point (\t 5)", point(0, 5)},                                 // x's field is the tab alone
-      {"multipoint (1 2)", multi(XGWKB_TYPE_MULTIPOINT, {point(1, 2)})},
-      {"multilinestring ((0 0,1 1),(2 2,3 3))", multiline({{{0, 0}, {1, 1}}, {{2, 2}, {3, 3}}})},
-      {"polygon ((0 0,1 0,0 0),(5 5,6 5))", polygon({{{0, 0}, {1, 0}, {0, 0}}, {{5, 5}, {6, 5}}})},
-      {"multipolygon (((0 0,1 0),(2 2,3 3)),((9 9,8 8)))",
-       multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({{{0, 0}, {1, 0}}, {{2, 2}, {3, 3}}}), polygon({{{9, 9}, {8, 8}}})})},
+      // The other types' well-formed texts: the round trips in wkt_writer_test.
       {"point empty", nil()},           {"linestring empty", nil()},      {"polygon empty", nil()},
       {"multipoint empty", nil()},      {"multilinestring empty", nil()}, {"multipolygon empty", nil()},
   };
   for (const auto& c : cases) EXPECT_EQ(read(c.first), std::make_pair(XGWKB_OK + 0, c.second)) << c.first;
-  // A linestring's block is deliberately generous: room for 21 bytes a point.
-  Out line;
-  ASSERT_EQ(xgWKB_shape_generate_from_WKT("linestring (1 2,3 4)", &line.p), XGWKB_OK);
-#if defined(__SANITIZE_ADDRESS__)
-  EXPECT_EQ(malloc_usable_size(line.p), 51u);  // the sanitizer's allocator reports the request
-#else
-  EXPECT_GE(malloc_usable_size(line.p), 51u);
-#endif
 }
 
 TEST(WktReader, MakesNoShapeForTextsOffTheDialectAndRefusesOtherKeywords) {
@@ -70,14 +60,7 @@ TEST(WktReader, MakesNoShapeForTextsOffTheDialectAndRefusesOtherKeywords) {
       {"multipolygon (((0 0,1 1)))x", 0}, {"multipolygon (((0 0,1 1)),((", 0},
       {"POINT (1 2)", -27}, {" point (1 2)", -27}, {"SingleText (1 2)", -27}, {"HoriDim 1 2", -27},
       {"AlignedDim (1 2)", -27}, {"points (1 2)", -27}, {"", -27}, {"(1 2)", -27}, {"Point empty", -27}};
-  for (const auto& [text, status] : cases) {
-    const std::unique_ptr<char[]> copy(new char[std::strlen(text) + 1]);  // exactly sized
-    std::strcpy(copy.get(), text);
-    unsigned char untouched = 0;
-    unsigned char* shape = &untouched;
-    EXPECT_EQ(xgWKB_shape_generate_from_WKT(copy.get(), &shape), status) << text;
-    EXPECT_EQ(shape, &untouched) << text;
-  }
+  for (const auto& [text, status] : cases) EXPECT_EQ(read(text), std::make_pair(status, Bytes())) << text;
   unsigned char* shape = nullptr;
   EXPECT_EQ(xgWKB_shape_generate_from_WKT(nullptr, &shape), XGWKB_E_NULL_POINTER);
 }

@@ -6,11 +6,29 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "support/blob_builder.h"
 
 namespace xgtest {
+
+// The blob's bytes, sized by xgWKB_shape_get_WKB_size (which must accept it); nil: 5 bytes.
+inline Bytes bytes_of(const unsigned char* p) {
+  uint32_t size = 5;
+  EXPECT_TRUE(xgWKB_shape_is_nil(p) || xgWKB_shape_get_WKB_size(p, &size) == 0);
+  return Bytes(p, p + size);
+}
+
+// The blob with byte-order byte 1 at the given header offsets: a copied header keeps it, a fresh
+// one writes 0.
+inline Bytes marked(Bytes b, std::initializer_list<std::size_t> headers = {0}) {
+  for (std::size_t at : headers) b[at] = 1;
+  return b;
+}
+
+inline Bytes mp(const std::vector<Bytes>& members) { return multi(XGWKB_TYPE_MULTIPOLYGON, members); }
 
 // Owns whatever an operation stored in its out-pointer; frees it like a caller must.
 struct Out {
@@ -18,14 +36,7 @@ struct Out {
   Out() = default;
   Out(const Out&) = delete;
   ~Out() { xgWKB_shape_free(p); }
-  // The result's bytes, sized by xgWKB_shape_get_WKB_size (which must accept it); nil: 5 bytes.
-  Bytes bytes() const {
-    uint32_t size = 5;
-    if (!xgWKB_shape_is_nil(p)) {
-      EXPECT_EQ(xgWKB_shape_get_WKB_size(p, &size), 0);
-    }
-    return Bytes(p, p + size);
-  }
+  Bytes bytes() const { return bytes_of(p); }
 };
 
 // A call of an operation, given the out-pointer to fill.
