@@ -122,6 +122,18 @@ run wkttype -a @data/mixed.wkt
 run wktsize -a "multipoint (1,2)"
 run wktsize -a "multipoint (1 2,3 4)"
 
+# Overlay
+
+# Buffer and clipping
+
+# Hull, distance and merge
+
+# Linear referencing, snapping and envelope relations
+
+# Annotations
+
+# Coordinate codec
+
 show "Geometries from standard input, timed over 1000 runs"
 run_stdin data/lines.wkt wkt -t -r 1000
 

@@ -64,6 +64,12 @@ TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines)
       {"extent -1 -a 'polygon ((0 0,1 0,0 0))'", "", "", 1, "status -135"},  // a number, not an option
       {"", "", "", 2}, {"nosuchop", "", "", 2}, {"wkt 'point (1 2)'", "", "", 2},
       {"extent x -a 'point (1 2)'", "", "", 2}, {"wkt -a", "", "", 2}, {"wkt -a @no/such/file.wkt", "", "", 2},
+      // Overlay
+      // Buffer and clipping
+      // Hull, distance and merge
+      // Linear referencing, snapping and envelope relations
+      // Annotations
+      // Coordinate codec
   };
   for (const auto& c : cases) {
     const ToolRun r = xggeo(c.args, c.in);

@@ -301,6 +301,12 @@ const Op kOperations[] = {
      relation<xgWKB_shape_is_touching>},
     {"equals", Inputs::kShapes, 0, 1, "[TOL]", "whether -a and -b have the same vertices within TOL",
      relation<xgWKB_shape_is_equal>},
+    // Overlay
+    // Buffer and clipping
+    // Hull, distance and merge
+    // Linear referencing, snapping and envelope relations
+    // Annotations
+    // Coordinate codec
 };
 
 const std::size_t kOperationCount = sizeof kOperations / sizeof kOperations[0];

@@ -95,6 +95,14 @@ struct Op {
   OpFunction run;
 };
 
+// Operations defined in files of their own (xggeo_ops_<group>.cpp), by group.
+// Overlay
+// Buffer and clipping
+// Hull, distance and merge
+// Linear referencing, snapping and envelope relations
+// Annotations
+// Coordinate codec
+
 // The operation table, in the order --help lists it.
 extern const Op kOperations[];
 extern const std::size_t kOperationCount;
