@@ -321,8 +321,12 @@ class BlobWriter {
 // Box of a counted point run; an empty run gives the zero box.  Returns 0.
 int32_t wkb_points_extent(const byte* run, _xgWKB_BOX* box);
 
-// 1 when a and b differ by strictly less than t on both axes (same rule as the point primitive).
-int32_t wkb_point_equal_tol(const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t);
+// 1 when a and b differ by strictly less than t on both axes, else 0.  Strict on purpose: with
+// t = 0 no two points are equal (not even a point and itself), and a difference of exactly t is
+// not equal either.  The point primitive and every tolerance test of the library use this rule.
+inline int32_t wkb_point_equal_tol(const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t) {
+  return b.x - t < a.x && a.x < b.x + t && b.y - t < a.y && a.y < b.y + t;
+}
 
 // A linestring with at least two points: its ends equal within t.  Fewer points: 0.  Any other
 // type: the first four bytes read as one integer, 1 when at least 2 (see blob.cpp).

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "core/blob.h"
+#include "core/point_primitives.h"
 
 using namespace xg;
 
@@ -17,7 +18,7 @@ double run_length(PointRun run) {
   _xgWKB_POINT prev = run.point(0);
   for (uint32_t i = 1; i < n; ++i) {
     const _xgWKB_POINT cur = run.point(i);
-    sum += xgWKB_baseGeo_point_calculate_distance(&prev, &cur);
+    sum += point_distance(prev, cur);
     prev = cur;
   }
   return sum;
