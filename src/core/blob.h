@@ -166,18 +166,25 @@ inline std::size_t member_size(const byte* member) {
   return geometry_size(member, &size) == XGWKB_OK ? size : 0;
 }
 
+// Cursors, for walks that must advance through two shapes side by side: the first ring of a
+// polygon and the ring after a ring; the first member of a multi-type and the member after a
+// member (whose type the caller has vetted).
+inline PointRun first_ring(const byte* polygon) { return PointRun{polygon + kCountedHeaderSize}; }
+inline PointRun next_ring(PointRun ring) { return PointRun{ring.end()}; }
+inline const byte* first_member(const byte* multi) { return multi + kCountedHeaderSize; }
+inline const byte* next_member(const byte* member) { return member + member_size(member); }
+
 // Calls f(PointRun ring, uint32_t index) for every ring of a polygon blob; index is 0-based.
 // Returns the end of the polygon.
 template <class F>
 const byte* for_each_ring(const byte* polygon, F&& f) {
   const uint32_t rings = shape_count(polygon);
-  const byte* at = polygon + kCountedHeaderSize;
+  PointRun run = first_ring(polygon);
   for (uint32_t i = 0; i < rings; ++i) {
-    PointRun run{at};
     f(run, i);
-    at = run.end();
+    run = next_ring(run);
   }
-  return at;
+  return run.at;
 }
 
 // The type of the members of a multi-type (point for multipoint, linestring for
@@ -194,27 +201,27 @@ template <class F>
 bool for_each_member(const byte* multi, F&& f) {
   const uint32_t members = shape_count(multi);
   const uint32_t want = member_type_of(shape_type(multi));
-  const byte* at = multi + kCountedHeaderSize;
+  const byte* at = first_member(multi);
   for (uint32_t i = 0; i < members; ++i) {
     if (shape_type(at) != want) return false;
     f(at, i);
-    at += member_size(at);
+    at = next_member(at);
   }
   return true;
 }
 
 // The member at 0-based index i of a multi-type (no range check: callers test i < count first).
 inline const byte* member_at(const byte* multi, uint32_t i) {
-  const byte* at = multi + kCountedHeaderSize;
-  for (uint32_t k = 0; k < i; ++k) at += member_size(at);
+  const byte* at = first_member(multi);
+  for (uint32_t k = 0; k < i; ++k) at = next_member(at);
   return at;
 }
 
 // The ring at 0-based index i of a polygon (no range check).
 inline const byte* ring_at(const byte* polygon, uint32_t i) {
-  const byte* at = polygon + kCountedHeaderSize;
-  for (uint32_t k = 0; k < i; ++k) at += wkb_ring_size(at);
-  return at;
+  PointRun run = first_ring(polygon);
+  for (uint32_t k = 0; k < i; ++k) run = next_ring(run);
+  return run.at;
 }
 
 // Calls f(const byte* coord) for every coordinate pair of a type 1-6 geometry in storage order,
