@@ -45,29 +45,27 @@ void put_run(std::string& out, PointRun run, std::string_view opening, std::stri
   for (uint32_t j = 0; j < n; ++j) put_run_point(out, j, n, run.point(j), opening, closing);
 }
 
+// Handed no shape, a writer appends its type's empty text ("point empty", ...) and is done.
+bool put_empty(const byte* shape, std::string_view type, std::string& out) {
+  if (shape != nullptr) return false;
+  out.append(type).append(" empty");
+  return true;
+}
+
 }  // namespace
 
 void append_point_wkt(const byte* shape, std::string& out) {
-  if (shape == nullptr) {
-    out += "point empty";
-    return;
-  }
+  if (put_empty(shape, "point", out)) return;
   put_piece(out, "point (", load_point(shape + kHeaderSize), ")");
 }
 
 void append_linestring_wkt(const byte* shape, std::string& out) {
-  if (shape == nullptr) {
-    out += "linestring empty";
-    return;
-  }
+  if (put_empty(shape, "linestring", out)) return;
   put_run(out, line_run(shape), "linestring (", ")");
 }
 
 bool append_multipoint_wkt(const byte* shape, std::string& out) {
-  if (shape == nullptr) {
-    out += "multipoint empty";
-    return true;
-  }
+  if (put_empty(shape, "multipoint", out)) return true;
   // The members form one flat run of points.
   const uint32_t n = shape_count(shape);
   return for_each_member(shape, [&](const byte* member, uint32_t j) {
@@ -76,10 +74,7 @@ bool append_multipoint_wkt(const byte* shape, std::string& out) {
 }
 
 bool append_multilinestring_wkt(const byte* shape, std::string& out) {
-  if (shape == nullptr) {
-    out += "multilinestring empty";
-    return true;
-  }
+  if (put_empty(shape, "multilinestring", out)) return true;
   const uint32_t m = shape_count(shape);
   return for_each_member(shape, [&](const byte* line, uint32_t i) {
     put_run(out, line_run(line), i == 0 ? "multilinestring ((" : ",(", i < m - 1 ? ")" : "))");
@@ -87,10 +82,7 @@ bool append_multilinestring_wkt(const byte* shape, std::string& out) {
 }
 
 void append_polygon_wkt(const byte* shape, std::string& out) {
-  if (shape == nullptr) {
-    out += "polygon empty";
-    return;
-  }
+  if (put_empty(shape, "polygon", out)) return;
   const uint32_t m = shape_count(shape);
   for_each_ring(shape, [&](PointRun ring, uint32_t i) {
     put_run(out, ring, i == 0 ? "polygon ((" : ",(", i == m - 1 ? "))" : ")");
@@ -98,10 +90,7 @@ void append_polygon_wkt(const byte* shape, std::string& out) {
 }
 
 bool append_multipolygon_wkt(const byte* shape, std::string& out) {
-  if (shape == nullptr) {
-    out += "multipolygon empty";
-    return true;
-  }
+  if (put_empty(shape, "multipolygon", out)) return true;
   const uint32_t p = shape_count(shape);
   return for_each_member(shape, [&](const byte* polygon, uint32_t k) {
     const uint32_t m = shape_count(polygon);
