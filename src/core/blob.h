@@ -98,7 +98,9 @@ inline void write_header(byte* p, uint32_t type) {
 // ---- counted point runs (linestring bodies and polygon rings) ----------------------------
 
 // Size of a counted point run (u32 n then n points): (n << 4) | 4, which is 16n + 4.
-inline uint32_t wkb_ring_size(const byte* run) { return (load_u32(run) << 4) | 4u; }
+inline uint32_t wkb_ring_size(const byte* run) {
+  return (load_u32(run) << 4) | static_cast<uint32_t>(kCountSize);
+}
 
 // Byte count of a counted run of n points, in 64 bits (no 32-bit wrap as in wkb_ring_size), for
 // sizing blobs before they are written.
@@ -129,6 +131,9 @@ struct PointRun {
 
 // The body of a linestring blob as a point run.
 inline PointRun line_run(const byte* line) { return PointRun{line + kHeaderSize}; }
+
+// The coordinates of a point blob.
+inline _xgWKB_POINT point_of(const byte* point) { return load_point(point + kHeaderSize); }
 
 // ---- walking members and rings -----------------------------------------------------------
 

@@ -95,7 +95,7 @@ bool ShapeRuns::load(const byte* shape, bool close_rings) {
     switch (shape_type(m)) {
       case XGWKB_TYPE_POINT:
         offsets_.push_back(static_cast<uint32_t>(pts_.size()));
-        pts_.push_back(load_point(m + kHeaderSize));
+        pts_.push_back(point_of(m));
         counts.push_back(1);
         break;
       case XGWKB_TYPE_LINESTRING:

@@ -41,7 +41,7 @@ bool polygons_equal(const byte* a, const byte* b, double t) {
 }
 
 bool points_equal(const byte* a, const byte* b, double t) {
-  return wkb_point_equal_tol(load_point(a + kHeaderSize), load_point(b + kHeaderSize), t);
+  return wkb_point_equal_tol(point_of(a), point_of(b), t);
 }
 
 // Members pair by pair, each of the multi-type's member type.  `count` members are compared.

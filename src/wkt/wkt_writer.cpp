@@ -56,7 +56,7 @@ bool put_empty(const byte* shape, std::string_view type, std::string& out) {
 
 void append_point_wkt(const byte* shape, std::string& out) {
   if (put_empty(shape, "point", out)) return;
-  put_piece(out, "point (", load_point(shape + kHeaderSize), ")");
+  put_piece(out, "point (", point_of(shape), ")");
 }
 
 void append_linestring_wkt(const byte* shape, std::string& out) {
@@ -69,7 +69,7 @@ bool append_multipoint_wkt(const byte* shape, std::string& out) {
   // The members form one flat run of points.
   const uint32_t n = shape_count(shape);
   return for_each_member(shape, [&](const byte* member, uint32_t j) {
-    put_run_point(out, j, n, load_point(member + kHeaderSize), "multipoint (", ")");
+    put_run_point(out, j, n, point_of(member), "multipoint (", ")");
   });
 }
 
