@@ -584,10 +584,14 @@ XGGEO_API int32_t xgWKB_shape_change_multipolygon_point(unsigned char *shape, in
 /* ------------------------------------------------------------------------------------------ */
 
 /* The predicates below compare two shapes a and b with tolerance t (a vertex within t of an
- * edge touches it; points are equal when they differ by less than t on both axes).  Each
- * returns 1 or 0 and never fails; the pointers are not tested.  Only the six geometry types
- * take part: nil, annotation, dimension and envelope shapes give 0 in every predicate, as do
- * the pairs of types a predicate does not define (noted per predicate). */
+ * edge touches it; points are equal when they differ by strictly less than t on both axes).
+ * The comparison is strict, so with t = 0 no two points are equal, not even a point and itself:
+ * shared vertices and coincident boundaries can then go unrecognised (a polygon can fail to be
+ * within itself and overlap itself).  Pass a small positive t, such as the library's own
+ * 0.0001, to compare shapes that share vertices.  Each returns 1 or 0 and never fails; the
+ * pointers are not tested.  Only the six geometry types take part: nil, annotation, dimension
+ * and envelope shapes give 0 in every predicate, as do the pairs of types a predicate does not
+ * define (noted per predicate). */
 
 /* 1 when a and b have no point in common.  Defined for every pair of geometry types. */
 XGGEO_API int32_t xgWKB_shape_is_disjoint(const unsigned char *a, const unsigned char *b, double t);
@@ -624,8 +628,9 @@ XGGEO_API int32_t xgWKB_shape_is_touching(const unsigned char *a, const unsigned
 
 /* 1 when a and b have the same geometry type and equal vertices within t, in the same order.
  * Deliberately partial: multipoints compare b's count of points only (a with extra points after
- * b's equals b; a with fewer gives 0), and polygon rings compare only their first n + 1 doubles
- * (n the ring's point count). */
+ * b's equals b; a with fewer gives 0), and polygon rings (of polygons and of multipolygon
+ * members) compare only their first n + 1 coordinates x1, y1, x2, ... (n the ring's point
+ * count), that is about the first half of their points; the rest of a ring is not looked at. */
 XGGEO_API int32_t xgWKB_shape_is_equal(const unsigned char *a, const unsigned char *b, double t);
 
 /* Reserved; reads nothing and returns 0. */

@@ -79,3 +79,38 @@ TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines)
     EXPECT_NE(r.err.find(c.err), std::string::npos) << c.args << ": " << r.err;
   }
 }
+
+// The help states the default tolerance and what the strict point comparison does at 0, and the
+// answers agree with it: TOL left out is 0.0001, and at TOL 0 a polygon need not be within itself.
+TEST(XggeoTool, HelpStatesTheDefaultToleranceAndTheStrictComparison) {
+  SKIP_WITHOUT_TOOL();
+  const ToolRun help = xggeo("--help");
+  EXPECT_NE(help.out.find("TOL, 0.0001 when it is left out"), std::string::npos) << help.out;
+  EXPECT_NE(help.out.find("with TOL 0 no two points are equal"), std::string::npos) << help.out;
+  const ToolRun equals = xggeo("equals --help");
+  EXPECT_NE(equals.out.find("compared on the first half of their\n    points only"), std::string::npos)
+      << equals.out;
+  EXPECT_NE(xggeo("within --help").out.find("(default 0.0001)"), std::string::npos);
+
+  const std::string decagon =
+      "'polygon ((10.5 0.25,8.1 5.9,3.1 9.5,-3.1 9.5,-8.1 5.9,-10 0,-8.1 -5.9,-3.1 -9.5,3.1 -9.5,"
+      "8.1 -5.9,10.5 0.25))'";
+  const std::string self = " -a " + decagon + " -b " + decagon;
+  const std::string square = " -b 'polygon ((0 0,10 0,10 10,0 10,0 0))'";
+  const struct { std::string args, out; } cases[] = {
+      {"within 0" + self, "false\n"}, {"within" + self, "true\n"},
+      {"overlaps 0" + self, "true\n"}, {"overlaps" + self, "false\n"},
+      {"equals 0" + self, "false\n"}, {"equals" + self, "true\n"},
+      // Left out, TOL is 0.0001: 0.00005 off the edge touches, and does not at 0.00001.
+      {"touches -a 'point (10.00005 3)'" + square, "true\n"},
+      {"touches 0.00001 -a 'point (10.00005 3)'" + square, "false\n"},
+      // Rings equal on their first half of points are equal.
+      {"equals -a 'polygon ((0 0,10 0,10 10,0 10,0 0))' -b 'polygon ((0 0,10 0,10 10,5 20,0 0))'",
+       "true\n"},
+  };
+  for (const auto& c : cases) {
+    const ToolRun r = xggeo(c.args);
+    EXPECT_EQ(r.exit_code, 0) << c.args << ": " << r.err;
+    EXPECT_EQ(r.out, c.out) << c.args;
+  }
+}

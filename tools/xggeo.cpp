@@ -77,8 +77,13 @@ void print_help(std::FILE* to) {
                "           into shapes for the operations that take shapes, and printing are\n"
                "           not counted)\n"
                "  -r N     run the operation N times over all geometries; results print once\n\n"
+               "tolerance: the relations between two shapes, closed and mirror take an optional\n"
+               "TOL, %g when it is left out.  Points are equal when they differ by strictly less\n"
+               "than TOL in x and in y, so with TOL 0 no two points are equal, not even a point\n"
+               "and itself: shared vertices and boundaries can then go unrecognised (a polygon\n"
+               "can fail to be within itself and overlap itself).  xggeo OP --help tells more.\n\n"
                "operations:\n",
-               kSourceHelp, kSourceHelp);
+               kSourceHelp, kSourceHelp, kDefaultTolerance);
   for (std::size_t i = 0; i < kOperationCount; ++i) {
     const Op& op = kOperations[i];
     std::string head = op.name;
@@ -98,6 +103,7 @@ void print_help(std::FILE* to) {
 
 void print_op_help(const Op& op, std::FILE* to) {
   std::fprintf(to, "usage: %s\n  %s\n", synopsis(op).c_str(), op.summary);
+  if (const char* notes = operation_notes(op)) std::fprintf(to, "%s", notes);
 }
 
 // ---- command line ----------------------------------------------------------------------------

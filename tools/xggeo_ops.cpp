@@ -172,7 +172,7 @@ int32_t op_length(const Operands& in, const Args& args, Output& out) {
 }
 
 int32_t op_closed(const Operands& in, const Args& args, Output& out) {
-  const int32_t closed = xgWKB_shape_is_close(in.a, args.real_or(0, 0.0001));
+  const int32_t closed = xgWKB_shape_is_close(in.a, args.real_or(0, kDefaultTolerance));
   if (closed < 0) return closed;
   out.boolean(closed == 1);
   return XGWKB_OK;
@@ -228,17 +228,18 @@ int32_t op_stretch(const Operands& in, const Args& args, Output& out) {
 
 int32_t op_mirror(const Operands& in, const Args& args, Output& out) {
   const _xgWKB_POINT p1{args.real(0), args.real(1)}, p2{args.real(2), args.real(3)};
-  return derived(out, [&](unsigned char** r) { return xgWKB_shape_mirror(in.a, &p1, &p2, r, args.real_or(4, 0.0001)); });
+  return derived(out, [&](unsigned char** r) { return xgWKB_shape_mirror(in.a, &p1, &p2, r, args.real_or(4, kDefaultTolerance)); });
 }
 
 // ---- Relations between two shapes ------------------------------------------------------------
 
 using Predicate = int32_t (*)(const unsigned char*, const unsigned char*, double);
 
-// Prints whether the predicate holds for -a against -b with tolerance TOL (default 0.0001).
+// Prints whether the predicate holds for -a against -b with tolerance TOL (default
+// kDefaultTolerance).
 template <Predicate predicate>
 int32_t relation(const Operands& in, const Args& args, Output& out) {
-  out.boolean(predicate(in.a, in.b, args.real_or(0, 0.0001)) == 1);
+  out.boolean(predicate(in.a, in.b, args.real_or(0, kDefaultTolerance)) == 1);
   return XGWKB_OK;
 }
 
@@ -310,5 +311,40 @@ const Op kOperations[] = {
 };
 
 const std::size_t kOperationCount = sizeof kOperations / sizeof kOperations[0];
+
+namespace {
+
+// Printed for each relation between two shapes.
+constexpr const char* kRelationNotes =
+    "  TOL is the tolerance (default 0.0001): a vertex within TOL of an edge lies on it, and two\n"
+    "  points are equal when they differ by strictly less than TOL in x and in y.  With TOL 0 no\n"
+    "  two points are equal, not even a point and itself, so shared vertices and boundaries can\n"
+    "  go unrecognised: a polygon can then fail to be within itself, and overlap itself.\n";
+
+// equals adds the partial comparisons of the library's equality test.
+constexpr const char* kEqualsNotes =
+    "  TOL is the tolerance (default 0.0001); coordinates are equal when they differ by strictly\n"
+    "  less than TOL, so with TOL 0 nothing is equal, not even a shape and itself.\n"
+    "  The shapes must have the same type and their vertices agree in the same order (no\n"
+    "  reversal, no other starting vertex of a ring).  Two comparisons are partial on purpose:\n"
+    "  - polygons (and the members of multipolygons) are compared on the first half of their\n"
+    "    points only: of a ring of n points, only the first n + 1 coordinates (x1 y1 x2 y2 ...)\n"
+    "    are compared, the rest of the ring is not looked at;\n"
+    "  - multipoints are compared over the points of -b only: an -a with extra points after\n"
+    "    those of -b equals -b (the other way round the answer is false).\n";
+
+}  // namespace
+
+const char* operation_notes(const Op& op) {
+  if (op.run == relation<xgWKB_shape_is_equal>) return kEqualsNotes;
+  const OpFunction relations[] = {relation<xgWKB_shape_is_disjoint>, relation<xgWKB_shape_is_intersecting>,
+                                  relation<xgWKB_shape_is_within>, relation<xgWKB_shape_is_containing>,
+                                  relation<xgWKB_shape_is_crossing>, relation<xgWKB_shape_is_overlapping>,
+                                  relation<xgWKB_shape_is_touching>};
+  for (const OpFunction r : relations) {
+    if (op.run == r) return kRelationNotes;
+  }
+  return nullptr;
+}
 
 }  // namespace xggeo

@@ -26,6 +26,11 @@ struct UsageError : std::runtime_error {
 // reports success all the same, so there is no library code for it).
 constexpr int32_t kUnreadableText = 1;
 
+// The tolerance of every operation whose TOL argument is left out (the relations, closed,
+// mirror): the library's own fixed tolerance.  The library compares points strictly (they are
+// equal when they differ by less than TOL on both axes), so a TOL of 0 makes no two points equal.
+constexpr double kDefaultTolerance = 0.0001;
+
 // What an operation works on.
 enum class Inputs {
   kNone,    // arguments only (constructors)
@@ -102,6 +107,10 @@ struct Op {
 // Linear referencing, snapping and envelope relations
 // Annotations
 // Coordinate codec
+
+// Longer help that `xggeo OP --help` prints after the usage line, or null when the operation has
+// none.
+const char* operation_notes(const Op& op);
 
 // The operation table, in the order --help lists it.
 extern const Op kOperations[];

@@ -207,7 +207,7 @@ class Noder {
     std::size_t next_cut = 0;
     for (uint32_t m = 0; m < runs_.size(); ++m) walk_member(m, next_cut, counter);
     std::size_t size = kCountedHeaderSize;
-    for (uint32_t c : counts) size += kHeaderSize + 4 + kCoordSize * c;
+    for (uint32_t c : counts) size += kHeaderSize + run_bytes(c);
     byte* blob = blob_alloc(size);
     if (blob == nullptr) return XGWKB_E_FAILED;
     BlobWriter w(blob);

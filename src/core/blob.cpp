@@ -83,10 +83,6 @@ int32_t wkb_points_extent(const byte* run, _xgWKB_BOX* box) {
   return 0;
 }
 
-int32_t wkb_point_equal_tol(const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t) {
-  return xgWKB_baseGeo_point_is_equal(&a, &b, t);
-}
-
 int32_t wkb_line_is_closed_tol(const byte* shape, double t) {
   if (shape_type(shape) != XGWKB_TYPE_LINESTRING) {
     // Intended: a shape that is not a linestring is judged by its first four bytes (byte-order

@@ -24,7 +24,8 @@ namespace xg {
 using byte = unsigned char;
 
 constexpr std::size_t kHeaderSize = 5;         // byte-order byte + type code
-constexpr std::size_t kCountedHeaderSize = 9;  // header + u32 count
+constexpr std::size_t kCountSize = 4;          // one u32 count (points, rings or members)
+constexpr std::size_t kCountedHeaderSize = kHeaderSize + kCountSize;
 constexpr std::size_t kCoordSize = 16;         // one packed point
 constexpr std::size_t kPointBlobSize = 21;     // header + one point
 constexpr std::size_t kEnvelopeBlobSize = 37;  // header + four doubles
@@ -97,16 +98,24 @@ inline void write_header(byte* p, uint32_t type) {
 // ---- counted point runs (linestring bodies and polygon rings) ----------------------------
 
 // Size of a counted point run (u32 n then n points): (n << 4) | 4, which is 16n + 4.
-inline uint32_t wkb_ring_size(const byte* run) { return (load_u32(run) << 4) | 4u; }
+inline uint32_t wkb_ring_size(const byte* run) {
+  return (load_u32(run) << 4) | static_cast<uint32_t>(kCountSize);
+}
+
+// Byte count of a counted run of n points, in 64 bits (no 32-bit wrap as in wkb_ring_size), for
+// sizing blobs before they are written.
+inline uint64_t run_bytes(uint64_t n) { return kCountSize + kCoordSize * n; }
 
 // A read-only view of a counted point run.
 struct PointRun {
   const byte* at;  // the u32 count
 
   uint32_t size() const { return load_u32(at); }
-  _xgWKB_POINT point(uint32_t i) const { return load_point(at + 4 + kCoordSize * i); }
+  _xgWKB_POINT point(uint32_t i) const { return load_point(at + kCountSize + kCoordSize * i); }
   // The i-th double of the packed coordinates x0, y0, x1, y1, ... (i < 2n).
-  double value(uint32_t i) const { return load_f64(at + 4 + 8 * static_cast<std::size_t>(i)); }
+  double value(uint32_t i) const {
+    return load_f64(at + kCountSize + sizeof(double) * static_cast<std::size_t>(i));
+  }
   _xgWKB_POINT front() const { return point(0); }
   _xgWKB_POINT back() const { return point(size() - 1); }
   std::size_t bytes() const { return wkb_ring_size(at); }
@@ -122,6 +131,9 @@ struct PointRun {
 
 // The body of a linestring blob as a point run.
 inline PointRun line_run(const byte* line) { return PointRun{line + kHeaderSize}; }
+
+// The coordinates of a point blob.
+inline _xgWKB_POINT point_of(const byte* point) { return load_point(point + kHeaderSize); }
 
 // ---- walking members and rings -----------------------------------------------------------
 
@@ -140,13 +152,13 @@ inline uint64_t geometry_size_for(uint32_t type, uint64_t points, uint64_t runs,
     case XGWKB_TYPE_LINESTRING:
       return kCountedHeaderSize + coords;
     case XGWKB_TYPE_POLYGON:
-      return kCountedHeaderSize + 4 * runs + coords;
+      return kCountedHeaderSize + kCountSize * runs + coords;
     case XGWKB_TYPE_MULTIPOINT:
       return kCountedHeaderSize + kPointBlobSize * points;
     case XGWKB_TYPE_MULTILINESTRING:
       return kCountedHeaderSize + kCountedHeaderSize * runs + coords;
     case XGWKB_TYPE_MULTIPOLYGON:
-      return kCountedHeaderSize + kCountedHeaderSize * polygons + 4 * runs + coords;
+      return kCountedHeaderSize + kCountedHeaderSize * polygons + kCountSize * runs + coords;
     default:
       return 0;
   }
@@ -159,99 +171,102 @@ inline std::size_t member_size(const byte* member) {
   return geometry_size(member, &size) == XGWKB_OK ? size : 0;
 }
 
+// Cursors, for walks that must advance through two shapes side by side: the first ring of a
+// polygon and the ring after a ring; the first member of a multi-type and the member after a
+// member (whose type the caller has vetted).
+inline PointRun first_ring(const byte* polygon) { return PointRun{polygon + kCountedHeaderSize}; }
+inline PointRun next_ring(PointRun ring) { return PointRun{ring.end()}; }
+inline const byte* first_member(const byte* multi) { return multi + kCountedHeaderSize; }
+inline const byte* next_member(const byte* member) { return member + member_size(member); }
+
 // Calls f(PointRun ring, uint32_t index) for every ring of a polygon blob; index is 0-based.
 // Returns the end of the polygon.
 template <class F>
 const byte* for_each_ring(const byte* polygon, F&& f) {
   const uint32_t rings = shape_count(polygon);
-  const byte* at = polygon + kCountedHeaderSize;
+  PointRun run = first_ring(polygon);
   for (uint32_t i = 0; i < rings; ++i) {
-    PointRun run{at};
     f(run, i);
-    at = run.end();
+    run = next_ring(run);
   }
-  return at;
+  return run.at;
+}
+
+// The type of the members of a multi-type (point for multipoint, linestring for
+// multilinestring, polygon for multipolygon); 0 for any other type.
+inline uint32_t member_type_of(uint32_t multi_type) {
+  return is_multi_type(multi_type) ? multi_type - (XGWKB_TYPE_MULTIPOINT - XGWKB_TYPE_POINT) : 0;
 }
 
 // Calls f(const byte* member, uint32_t index) for every member of a multi-type; index is 0-based.
-// Stops early at a member whose size cannot be computed.
+// Each member's type code is checked before f sees it: the walk stops at the first member that
+// is not of the multi-type's member type (a multipoint holding a linestring, say) and returns
+// false.  Returns true when every member was visited.
 template <class F>
-void for_each_member(const byte* multi, F&& f) {
+bool for_each_member(const byte* multi, F&& f) {
   const uint32_t members = shape_count(multi);
-  const byte* at = multi + kCountedHeaderSize;
+  const uint32_t want = member_type_of(shape_type(multi));
+  const byte* at = first_member(multi);
   for (uint32_t i = 0; i < members; ++i) {
+    if (shape_type(at) != want) return false;
     f(at, i);
-    const std::size_t size = member_size(at);
-    if (size == 0) return;
-    at += size;
+    at = next_member(at);
   }
+  return true;
 }
 
 // The member at 0-based index i of a multi-type (no range check: callers test i < count first).
 inline const byte* member_at(const byte* multi, uint32_t i) {
-  const byte* at = multi + kCountedHeaderSize;
-  for (uint32_t k = 0; k < i; ++k) at += member_size(at);
+  const byte* at = first_member(multi);
+  for (uint32_t k = 0; k < i; ++k) at = next_member(at);
   return at;
 }
 
 // The ring at 0-based index i of a polygon (no range check).
 inline const byte* ring_at(const byte* polygon, uint32_t i) {
-  const byte* at = polygon + kCountedHeaderSize;
-  for (uint32_t k = 0; k < i; ++k) at += wkb_ring_size(at);
-  return at;
+  PointRun run = first_ring(polygon);
+  for (uint32_t k = 0; k < i; ++k) run = next_ring(run);
+  return run.at;
 }
 
 // Calls f(const byte* coord) for every coordinate pair of a type 1-6 geometry in storage order,
-// ring-closing points included.  B is `const byte` or `byte` (for in-place edits).
+// ring-closing points included.  B is `const byte` or `byte` (for in-place edits).  Returns
+// false when a member of a multi-type has a foreign type (the walk stops before it), else true.
 template <class B, class F>
-void for_each_coord(B* shape, F&& f) {
+bool for_each_coord(B* shape, F&& f) {
   auto run = [&f](B* at) {
     const uint32_t n = load_u32(at);
-    for (uint32_t i = 0; i < n; ++i) f(at + 4 + kCoordSize * i);
-    return at + 4 + kCoordSize * n;
+    for (uint32_t i = 0; i < n; ++i) f(at + kCountSize + kCoordSize * i);
+    return at + run_bytes(n);
   };
   auto polygon = [&run](B* poly) {
     const uint32_t rings = shape_count(poly);
     B* at = poly + kCountedHeaderSize;
     for (uint32_t i = 0; i < rings; ++i) at = run(at);
-    return at;
   };
-  switch (shape_type(shape)) {
-    case XGWKB_TYPE_POINT:
-      f(shape + kHeaderSize);
-      return;
-    case XGWKB_TYPE_LINESTRING:
-      run(shape + kHeaderSize);
-      return;
-    case XGWKB_TYPE_POLYGON:
-      polygon(shape);
-      return;
-    case XGWKB_TYPE_MULTIPOINT:
-    case XGWKB_TYPE_MULTILINESTRING:
-    case XGWKB_TYPE_MULTIPOLYGON: {
-      const uint32_t members = shape_count(shape);
-      B* at = shape + kCountedHeaderSize;
-      for (uint32_t i = 0; i < members; ++i) {
-        switch (shape_type(at)) {
-          case XGWKB_TYPE_POINT:
-            f(at + kHeaderSize);
-            at += kPointBlobSize;
-            break;
-          case XGWKB_TYPE_LINESTRING:
-            at = run(at + kHeaderSize);
-            break;
-          case XGWKB_TYPE_POLYGON:
-            at = polygon(at);
-            break;
-          default:
-            return;  // a member of another type has no size we could walk past
-        }
-      }
-      return;
+  auto geometry = [&](B* at) {
+    switch (shape_type(at)) {
+      case XGWKB_TYPE_POINT:
+        f(at + kHeaderSize);
+        return;
+      case XGWKB_TYPE_LINESTRING:
+        run(at + kHeaderSize);
+        return;
+      case XGWKB_TYPE_POLYGON:
+        polygon(at);
+        return;
+      default:
+        return;
     }
-    default:
-      return;
+  };
+  if (!is_multi_type(shape_type(shape))) {
+    geometry(shape);
+    return true;
   }
+  // B may be writable: the walk hands out the member's own pointer type.
+  return for_each_member(shape, [&](const byte* member, uint32_t) {
+    geometry(shape + (member - shape));
+  });
 }
 
 // ---- allocation and writing --------------------------------------------------------------
@@ -287,7 +302,7 @@ class BlobWriter {
   }
   BlobWriter& u32(uint32_t v) {
     store_u32(at_, v);
-    at_ += 4;
+    at_ += kCountSize;
     return *this;
   }
   BlobWriter& point(const _xgWKB_POINT& p) {
@@ -318,8 +333,12 @@ class BlobWriter {
 // Box of a counted point run; an empty run gives the zero box.  Returns 0.
 int32_t wkb_points_extent(const byte* run, _xgWKB_BOX* box);
 
-// 1 when a and b differ by strictly less than t on both axes (same rule as the point primitive).
-int32_t wkb_point_equal_tol(const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t);
+// 1 when a and b differ by strictly less than t on both axes, else 0.  Strict on purpose: with
+// t = 0 no two points are equal (not even a point and itself), and a difference of exactly t is
+// not equal either.  The point primitive and every tolerance test of the library use this rule.
+inline int32_t wkb_point_equal_tol(const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t) {
+  return b.x - t < a.x && a.x < b.x + t && b.y - t < a.y && a.y < b.y + t;
+}
 
 // A linestring with at least two points: its ends equal within t.  Fewer points: 0.  Any other
 // type: the first four bytes read as one integer, 1 when at least 2 (see blob.cpp).

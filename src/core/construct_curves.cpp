@@ -14,7 +14,7 @@ namespace {
 
 // Size of a one-ring polygon of n counted points plus the uncounted closing point.
 std::size_t curve_block_size(int32_t n) {
-  return kCountedHeaderSize + 4 + kCoordSize * (static_cast<std::size_t>(n) + 1);
+  return kCountedHeaderSize + run_bytes(static_cast<std::size_t>(n) + 1);
 }
 
 byte* circle_polygon(const _xgWKB_POINT& c, double r, int32_t n) {

@@ -15,9 +15,6 @@ int32_t deliver(byte* blob, byte** out) {
   return XGWKB_OK;
 }
 
-// Byte size of a counted run of n points.
-std::size_t run_bytes(int32_t n) { return 4 + kCoordSize * static_cast<std::size_t>(n); }
-
 byte* polygon_of_box(const _xgWKB_BOX& b) {
   byte* blob = blob_alloc(kCountedHeaderSize + run_bytes(5));
   if (blob == nullptr) return nullptr;

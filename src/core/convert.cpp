@@ -7,6 +7,17 @@ using namespace xg;
 
 namespace {
 
+// Hands a blob written by a walk to the caller, or frees it and answers -134 when the walk met a
+// member of a foreign type.
+int32_t deliver_walked(bool walked, byte* blob, byte** out) {
+  if (!walked) {
+    std::free(blob);
+    return XGWKB_E_INVALID_SHAPE;
+  }
+  *out = blob;
+  return XGWKB_OK;
+}
+
 int32_t copy_shape(const byte* shape, byte** out) {
   uint32_t size = 0;
   if (geometry_size(shape, &size) != XGWKB_OK) return XGWKB_E_INVALID_SHAPE;
@@ -15,52 +26,51 @@ int32_t copy_shape(const byte* shape, byte** out) {
 
 int32_t vertices_as_multipoint(const byte* shape, byte** out) {
   uint32_t n = 0;
-  const int32_t status = xgWKB_shape_get_num_points(shape, 0, 0, &n);
-  if (status != XGWKB_OK) return status;
+  if (!for_each_coord(shape, [&n](const byte*) { ++n; })) return XGWKB_E_INVALID_SHAPE;
   byte* blob = blob_alloc(kCountedHeaderSize + kPointBlobSize * static_cast<std::size_t>(n));
   if (blob == nullptr) return XGWKB_E_FAILED;
   BlobWriter w(blob);
   w.header(XGWKB_TYPE_MULTIPOINT).u32(n);
-  uint32_t written = 0;  // a malformed member could make the walk disagree with the count
-  for_each_coord(shape, [&](const byte* at) {
-    if (written++ < n) w.header(XGWKB_TYPE_POINT).bytes(at, kCoordSize);
-  });
+  for_each_coord(shape, [&](const byte* at) { w.header(XGWKB_TYPE_POINT).bytes(at, kCoordSize); });
   *out = blob;
   return XGWKB_OK;
 }
 
 int32_t multipoint_as_line(const byte* multipoint, byte** out) {
   const uint32_t n = shape_count(multipoint);
-  byte* blob = blob_alloc(kHeaderSize + 4 + kCoordSize * static_cast<std::size_t>(n));
+  byte* blob = blob_alloc(kHeaderSize + run_bytes(n));
   if (blob == nullptr) return XGWKB_E_FAILED;
   BlobWriter w(blob);
   w.header(XGWKB_TYPE_LINESTRING).u32(n);
-  for_each_coord(multipoint, [&](const byte* at) { w.bytes(at, kCoordSize); });
-  *out = blob;
-  return XGWKB_OK;
+  // The points are counted by the members, so a member of another type must not be written.
+  const bool walked = for_each_coord(multipoint, [&](const byte* at) { w.bytes(at, kCoordSize); });
+  return deliver_walked(walked, blob, out);
 }
 
-// Calls f(PointRun) for every ring of a polygon or of every member of a multipolygon.
+// Calls f(PointRun) for every ring of a polygon or of every member of a multipolygon.  False when
+// a member of the multipolygon is not a polygon.
 template <class F>
-void for_each_polygon_ring(const byte* shape, F&& f) {
+bool for_each_polygon_ring(const byte* shape, F&& f) {
   auto rings = [&f](const byte* polygon) {
     for_each_ring(polygon, [&f](PointRun ring, uint32_t) { f(ring); });
   };
   if (shape_type(shape) == XGWKB_TYPE_POLYGON) {
     rings(shape);
-  } else {
-    for_each_member(shape, [&rings](const byte* polygon, uint32_t) { rings(polygon); });
+    return true;
   }
+  return for_each_member(shape, [&rings](const byte* polygon, uint32_t) { rings(polygon); });
 }
 
-// A multilinestring with one linestring per ring, in storage order; -27 when there is no ring.
+// A multilinestring with one linestring per ring, in storage order; -27 when there is no ring,
+// -134 when a member is not a polygon.
 int32_t rings_as_multiline(const byte* shape, byte** out) {
   uint32_t rings = 0;
   std::size_t size = kCountedHeaderSize;
-  for_each_polygon_ring(shape, [&](PointRun ring) {
+  const bool walked = for_each_polygon_ring(shape, [&](PointRun ring) {
     ++rings;
     size += kHeaderSize + ring.bytes();
   });
+  if (!walked) return XGWKB_E_INVALID_SHAPE;
   if (rings == 0) return XGWKB_E_INVALID_ENTITY;
   byte* blob = blob_alloc(size);
   if (blob == nullptr) return XGWKB_E_FAILED;

@@ -10,14 +10,14 @@ const _xgWKB_BOX kZeroBox{0, 0, 0, 0};
 // Envelope of a polygon's outer ring, which covers the whole polygon; no rings: the zero box.
 _xgWKB_BOX polygon_outer_extent(const byte* polygon) {
   _xgWKB_BOX box = kZeroBox;
-  if (shape_count(polygon) > 0) wkb_points_extent(polygon + kCountedHeaderSize, &box);
+  if (shape_count(polygon) > 0) wkb_points_extent(first_ring(polygon).at, &box);
   return box;
 }
 
 _xgWKB_BOX member_extent(const byte* member) {
   _xgWKB_BOX box = kZeroBox;
   if (shape_type(member) == XGWKB_TYPE_POLYGON) return polygon_outer_extent(member);
-  wkb_points_extent(member + kHeaderSize, &box);
+  wkb_points_extent(line_run(member).at, &box);
   return box;
 }
 
@@ -55,12 +55,12 @@ extern "C" int32_t xgWKB_shape_get_extent(const unsigned char* shape, int32_t pa
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   switch (shape_type(shape)) {
     case XGWKB_TYPE_POINT: {
-      const _xgWKB_POINT p = load_point(shape + kHeaderSize);
+      const _xgWKB_POINT p = point_of(shape);
       *box = _xgWKB_BOX{p.x, p.y, p.x, p.y};
       return XGWKB_OK;
     }
     case XGWKB_TYPE_LINESTRING:
-      return wkb_points_extent(shape + kHeaderSize, box);
+      return wkb_points_extent(line_run(shape).at, box);
     case XGWKB_TYPE_POLYGON: {
       const uint32_t rings = shape_count(shape);
       if (part < 0 || static_cast<uint32_t>(part) > rings) return XGWKB_E_NO_PART;
@@ -76,7 +76,7 @@ extern "C" int32_t xgWKB_shape_get_extent(const unsigned char* shape, int32_t pa
         return XGWKB_OK;
       }
       for_each_member(shape, [&](const byte* member, uint32_t i) {
-        const _xgWKB_POINT p = load_point(member + kHeaderSize);
+        const _xgWKB_POINT p = point_of(member);
         const _xgWKB_BOX pbox{p.x, p.y, p.x, p.y};
         if (i == 0) {
           *box = pbox;

@@ -33,20 +33,49 @@ int32_t ring_relation(const _xgWKB_POINT& p, const _xgWKB_POINT* pts, uint32_t n
   return inside;
 }
 
+double point_distance(const _xgWKB_POINT& a, const _xgWKB_POINT& b) {
+  const double dx = a.x - b.x;
+  const double dy = a.y - b.y;
+  return std::sqrt(dx * dx + dy * dy);
+}
+
+double point_angle(const _xgWKB_POINT& from, const _xgWKB_POINT& to) {
+  const double dx = to.x - from.x;
+  const double dy = to.y - from.y;
+  // Equal points give pi/2.  The constants are the single-precision ones, so results close to
+  // 2pi may exceed the double value of 2pi slightly.
+  if (dx == 0) return dy < 0 ? kThreeHalfPiF : kHalfPiF;
+  const double a = std::atan(dy / dx);
+  if (dy >= 0) return dx > 0 ? a : a + kPiF;
+  return dx > 0 ? a + kTwoPiF : a + kPiF;
+}
+
+int32_t point_segment_relation(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
+                               double t) {
+  // The end points are matched with the fixed tolerance, not with t.
+  if (wkb_point_equal_tol(p, a, kFixedTolerance)) return 2;
+  if (wkb_point_equal_tol(p, b, kFixedTolerance)) return 3;
+  const double len = point_distance(a, b);
+  const double theta = point_angle(a, b);
+  // p moved so that a is the origin, then turned so that the segment runs along +x.
+  const _xgWKB_POINT q = rotate_cs(_xgWKB_POINT{p.x - a.x, p.y - a.y}, std::cos(theta), std::sin(theta));
+  if (-t > q.y || q.y > t) return 0;
+  // Intended asymmetry: the start is tested against +t, so a point on the segment closer than
+  // t to a (that did not match a above) counts as lying before a.
+  if (q.x < t) return -2;
+  return len + t >= q.x ? 1 : -1;
+}
+
 }  // namespace xg
 
 extern "C" {
 
 int32_t xgWKB_baseGeo_point_is_equal(const _xgWKB_POINT* a, const _xgWKB_POINT* b, double tol) {
-  // Strict on purpose: with tol 0 no two points are equal, and a difference of exactly tol is
-  // not equal either.
-  return b->x - tol < a->x && a->x < b->x + tol && b->y - tol < a->y && a->y < b->y + tol;
+  return wkb_point_equal_tol(*a, *b, tol);
 }
 
 double xgWKB_baseGeo_point_calculate_distance(const _xgWKB_POINT* a, const _xgWKB_POINT* b) {
-  const double dx = a->x - b->x;
-  const double dy = a->y - b->y;
-  return std::sqrt(dx * dx + dy * dy);
+  return point_distance(*a, *b);
 }
 
 void xgWKB_baseGeo_move_point(_xgWKB_POINT* p, const _xgWKB_POINT* offset) {
@@ -66,31 +95,12 @@ void xgWKB_baseGeo_rotate_point(_xgWKB_POINT* p, double angle) {
 }
 
 double xgWKB_baseGeo_point_calculate_angle(const _xgWKB_POINT* from, const _xgWKB_POINT* to) {
-  const double dx = to->x - from->x;
-  const double dy = to->y - from->y;
-  // Equal points give pi/2.  The constants are the single-precision ones, so results close to
-  // 2pi may exceed the double value of 2pi slightly.
-  if (dx == 0) return dy < 0 ? kThreeHalfPiF : kHalfPiF;
-  const double a = std::atan(dy / dx);
-  if (dy >= 0) return dx > 0 ? a : a + kPiF;
-  return dx > 0 ? a + kTwoPiF : a + kPiF;
+  return point_angle(*from, *to);
 }
 
 int32_t xgWKB_baseGeo_point_line_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* a,
                                           const _xgWKB_POINT* b, double tol) {
-  // The end points are matched with the fixed tolerance, not with tol.
-  if (xgWKB_baseGeo_point_is_equal(p, a, kFixedTolerance)) return 2;
-  if (xgWKB_baseGeo_point_is_equal(p, b, kFixedTolerance)) return 3;
-  const double len = xgWKB_baseGeo_point_calculate_distance(a, b);
-  const double theta = xgWKB_baseGeo_point_calculate_angle(a, b);
-  _xgWKB_POINT q;
-  xgWKB_baseGeo_moveEx_point(p, a, &q);
-  xgWKB_baseGeo_rotate_point(&q, theta);  // the segment now runs along +x from the origin
-  if (-tol > q.y || q.y > tol) return 0;
-  // Intended asymmetry: the start is tested against +tol, so a point on the segment closer than
-  // tol to a (that did not match a above) counts as lying before a.
-  if (q.x < tol) return -2;
-  return len + tol >= q.x ? 1 : -1;
+  return point_segment_relation(*p, *a, *b, tol);
 }
 
 int32_t xgWKB_baseGeo_point_linestring_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* pts,
@@ -100,7 +110,7 @@ int32_t xgWKB_baseGeo_point_linestring_relation(const _xgWKB_POINT* p, const _xg
 
 int32_t xgWKB_baseGeo_linestring_is_closed(const _xgWKB_POINT* pts, int32_t n, double tol) {
   if (n < 3) return 0;
-  return xgWKB_baseGeo_point_is_equal(&pts[0], &pts[n - 1], tol);
+  return wkb_point_equal_tol(pts[0], pts[n - 1], tol);
 }
 
 int32_t xgWKB_baseGeo_point_simplePolygon_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* pts,

@@ -21,7 +21,19 @@ inline double touch_margin(const _xgWKB_POINT& a, const _xgWKB_POINT& b, double 
   return 1.5 * tt + kFixedTolerance + 1e-6 * (dx + dy);
 }
 
-// False only when xgWKB_baseGeo_point_line_relation(p, a, b, t) is certainly not positive, so
+// Euclidean distance between a and b.
+double point_distance(const _xgWKB_POINT& a, const _xgWKB_POINT& b);
+
+// Direction angle from `from` to `to` in [0, 2pi], built on the single-precision constants of
+// angles.h; equal points give pi/2.
+double point_angle(const _xgWKB_POINT& from, const _xgWKB_POINT& to);
+
+// Where p lies against segment (a, b) within t: 2 at a, 3 at b (ends matched with the fixed
+// 0.0001, not t), 1 on the segment, 0 off its line, -2 before a, -1 beyond b.
+int32_t point_segment_relation(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
+                               double t);
+
+// False only when point_segment_relation(p, a, b, t) is certainly not positive, so
 // the exact relation need not be computed: p lies outside the box of the segment grown by
 // touch_margin.
 inline bool may_touch_segment(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
@@ -34,12 +46,12 @@ inline bool may_touch_segment(const _xgWKB_POINT& p, const _xgWKB_POINT& a, cons
   return !(p.x < minx - g || p.x > maxx + g || p.y < miny - g || p.y > maxy + g);
 }
 
-// xgWKB_baseGeo_point_line_relation with the box test in front: 1 on the segment, 2 at a, 3 at
-// b, 0 off the line, -1 / -2 beyond the ends; a point failing the box test answers 0.
+// point_segment_relation with the box test in front: 1 on the segment, 2 at a, 3 at b, 0 off
+// the line, -1 / -2 beyond the ends; a point failing the box test answers 0.
 inline int32_t segment_relation(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
                                 double t) {
   if (!may_touch_segment(p, a, b, t)) return 0;
-  return xgWKB_baseGeo_point_line_relation(&p, &a, &b, t);
+  return point_segment_relation(p, a, b, t);
 }
 
 // Locates p on the run pts[0..n-1]: -(k+1) at vertex k, i inside the segment ending at vertex i

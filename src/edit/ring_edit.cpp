@@ -33,7 +33,7 @@ uint32_t island_at(const byte* polygon, const _xgWKB_POINT& p) {
     if (i == 0 || found != 0) return;
     for (uint32_t k = 0; k < ring.size(); ++k) {
       const _xgWKB_POINT v = ring.point(k);
-      if (xgWKB_baseGeo_point_is_equal(&v, &p, kFixedTolerance)) {
+      if (wkb_point_equal_tol(v, p, kFixedTolerance)) {
         found = i;
         return;
       }

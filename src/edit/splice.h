@@ -47,14 +47,11 @@ inline ByteRange ring_span(const byte* polygon, uint32_t i) {
 }
 
 // The slot of vertex i (0-based) of a counted run; i == n is the end of the run.
-inline const byte* vertex_at(const byte* run, uint32_t i) { return run + 4 + kCoordSize * i; }
+inline const byte* vertex_at(const byte* run, uint32_t i) { return run + kCountSize + kCoordSize * i; }
 inline ByteRange vertex_span(const byte* run, uint32_t i) {
   const byte* v = vertex_at(run, i);
   return ByteRange{v, v + kCoordSize};
 }
-
-// Byte count of a counted run of n points, without the 32-bit wrap of wkb_ring_size.
-inline uint64_t run_bytes(uint64_t n) { return 4 + kCoordSize * n; }
 
 // The writable twin of a position that the read-only walkers found inside a blob we own.
 inline byte* writable(byte* blob, const byte* at) { return blob + (at - blob); }

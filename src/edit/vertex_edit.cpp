@@ -103,6 +103,60 @@ int32_t delete_into_handed_block(const byte* shape, std::size_t size, const Site
   return XGWKB_OK;
 }
 
+// Finds the run a vertex operation of a shape of `type` works on: the blob must be of that type
+// and sized (-134), a multi-type's 1-based part must be in range (-100), and so must a polygon
+// ring's 1-based index (-100).  part is not looked at for the single types, ring not for lines.
+int32_t find_site(const byte* shape, uint32_t type, int32_t part, int32_t ring, std::size_t* size,
+                  Site* site) {
+  if (!sized_as(shape, type, size)) return XGWKB_E_INVALID_SHAPE;
+  const byte* body = shape;
+  if (is_multi_type(type)) {
+    if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
+    body = member_of(shape, part);
+  }
+  if (type == XGWKB_TYPE_LINESTRING || type == XGWKB_TYPE_MULTILINESTRING) {
+    *site = line_site(body);
+    return XGWKB_OK;
+  }
+  if (!in_range(ring, shape_count(body))) return XGWKB_E_NO_PART;
+  *site = ring_site(body, ring);
+  return XGWKB_OK;
+}
+
+// The add of every form: the site, then the point index (-100), then the new blob.
+int32_t add_vertex(const byte* shape, uint32_t type, int32_t part, int32_t ring, int32_t point_index,
+                   const _xgWKB_POINT& point, byte** out) {
+  std::size_t size = 0;
+  Site site{};
+  const int32_t status = find_site(shape, type, part, ring, &size, &site);
+  if (status != XGWKB_OK) return status;
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  return build_add(shape, size, site, point_index, point, out);
+}
+
+// The delete of the multilinestring and polygon forms: the site, then the handed-out block.
+int32_t delete_vertex(const byte* shape, uint32_t type, int32_t part, int32_t ring,
+                      int32_t point_index, uint32_t min_points, byte** out) {
+  std::size_t size = 0;
+  Site site{};
+  const int32_t status = find_site(shape, type, part, ring, &size, &site);
+  if (status != XGWKB_OK) return status;
+  return delete_into_handed_block(shape, size, site, point_index, min_points, out);
+}
+
+// The change of every form but the multilinestring: the site, the point index (-100), then the
+// vertex is overwritten in the caller's blob.
+int32_t change_vertex_at(byte* shape, uint32_t type, int32_t part, int32_t ring, int32_t point_index,
+                         const _xgWKB_POINT& point) {
+  std::size_t size = 0;
+  Site site{};
+  const int32_t status = find_site(shape, type, part, ring, &size, &site);
+  if (status != XGWKB_OK) return status;
+  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
+  change_vertex(shape, site, point_index, point);
+  return XGWKB_OK;
+}
+
 }  // namespace
 }  // namespace xg
 
@@ -113,19 +167,16 @@ extern "C" {
 int32_t xgWKB_shape_add_lineString_point(const unsigned char* shape, int32_t point_index,
                                          const _xgWKB_POINT* point, unsigned char** out) {
   if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  std::size_t size = 0;
-  if (!sized_as(shape, XGWKB_TYPE_LINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
-  const Site site = line_site(shape);
-  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
-  return build_add(shape, size, site, point_index, *point, out);
+  return add_vertex(shape, XGWKB_TYPE_LINESTRING, 0, 0, point_index, *point, out);
 }
 
 int32_t xgWKB_shape_delete_lineString_point(const unsigned char* shape, int32_t point_index,
                                             unsigned char** out) {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   std::size_t size = 0;
-  if (!sized_as(shape, XGWKB_TYPE_LINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
-  const Site site = line_site(shape);
+  Site site{};
+  const int32_t status = find_site(shape, XGWKB_TYPE_LINESTRING, 0, 0, &size, &site);
+  if (status != XGWKB_OK) return status;
   if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
   if (site.count() < kMinLineToDelete) return XGWKB_E_UNCHANGED;
   Splice edit(shape, size);
@@ -136,12 +187,7 @@ int32_t xgWKB_shape_delete_lineString_point(const unsigned char* shape, int32_t 
 int32_t xgWKB_shape_change_linestring_point(unsigned char* shape, int32_t point_index,
                                             const _xgWKB_POINT* point) {
   if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
-  std::size_t size = 0;
-  if (!sized_as(shape, XGWKB_TYPE_LINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
-  const Site site = line_site(shape);
-  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
-  change_vertex(shape, site, point_index, *point);
-  return XGWKB_OK;
+  return change_vertex_at(shape, XGWKB_TYPE_LINESTRING, 0, 0, point_index, *point);
 }
 
 // ---- multilinestring -----------------------------------------------------------------------
@@ -150,31 +196,23 @@ int32_t xgWKB_shape_add_MultiLineString_point(const unsigned char* shape, int32_
                                               int32_t point_index, const _xgWKB_POINT* point,
                                               unsigned char** out) {
   if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  std::size_t size = 0;
-  if (!sized_as(shape, XGWKB_TYPE_MULTILINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
-  if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
-  const Site site = line_site(member_of(shape, part));
-  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
-  return build_add(shape, size, site, point_index, *point, out);
+  return add_vertex(shape, XGWKB_TYPE_MULTILINESTRING, part, 0, point_index, *point, out);
 }
 
 int32_t xgWKB_shape_delete_MultiLineString_point(const unsigned char* shape, int32_t part,
                                                  int32_t point_index, unsigned char** out) {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  std::size_t size = 0;
-  if (!sized_as(shape, XGWKB_TYPE_MULTILINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
-  if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
-  return delete_into_handed_block(shape, size, line_site(member_of(shape, part)), point_index,
-                                  kMinLineToDelete, out);
+  return delete_vertex(shape, XGWKB_TYPE_MULTILINESTRING, part, 0, point_index, kMinLineToDelete,
+                       out);
 }
 
 int32_t xgWKB_shape_chage_MultiLineString_point(unsigned char* shape, int32_t part,
                                                 int32_t point_index, const _xgWKB_POINT* point) {
   if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
   std::size_t size = 0;
-  if (!sized_as(shape, XGWKB_TYPE_MULTILINESTRING, &size)) return XGWKB_E_INVALID_SHAPE;
-  if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
-  const Site site = line_site(member_of(shape, part));
+  Site site{};
+  const int32_t status = find_site(shape, XGWKB_TYPE_MULTILINESTRING, part, 0, &size, &site);
+  if (status != XGWKB_OK) return status;
   // Intended: a point index that matches no vertex changes nothing and still succeeds.
   if (in_range(point_index, site.count())) change_vertex(shape, site, point_index, *point);
   return XGWKB_OK;
@@ -186,35 +224,20 @@ int32_t xgWKB_shape_add_polygon_point(const unsigned char* shape, int32_t ring_i
                                       int32_t point_index, const _xgWKB_POINT* point,
                                       unsigned char** out) {
   if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  std::size_t size = 0;
-  if (!sized_as(shape, XGWKB_TYPE_POLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
-  if (!in_range(ring_index, shape_count(shape))) return XGWKB_E_NO_PART;
-  const Site site = ring_site(shape, ring_index);
-  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
   // Intended: the closing vertex is left as it is, so adding at point 1 opens the ring.
-  return build_add(shape, size, site, point_index, *point, out);
+  return add_vertex(shape, XGWKB_TYPE_POLYGON, 0, ring_index, point_index, *point, out);
 }
 
 int32_t xgWKB_shape_delete_polygon_point(const unsigned char* shape, int32_t ring_index,
                                          int32_t point_index, unsigned char** out) {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  std::size_t size = 0;
-  if (!sized_as(shape, XGWKB_TYPE_POLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
-  if (!in_range(ring_index, shape_count(shape))) return XGWKB_E_NO_PART;
-  return delete_into_handed_block(shape, size, ring_site(shape, ring_index), point_index,
-                                  kMinRingToDelete, out);
+  return delete_vertex(shape, XGWKB_TYPE_POLYGON, 0, ring_index, point_index, kMinRingToDelete, out);
 }
 
 int32_t xgWKB_shape_change_polygon_point(unsigned char* shape, int32_t ring_index,
                                          int32_t point_index, const _xgWKB_POINT* point) {
   if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
-  std::size_t size = 0;
-  if (!sized_as(shape, XGWKB_TYPE_POLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
-  if (!in_range(ring_index, shape_count(shape))) return XGWKB_E_NO_PART;
-  const Site site = ring_site(shape, ring_index);
-  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
-  change_vertex(shape, site, point_index, *point);
-  return XGWKB_OK;
+  return change_vertex_at(shape, XGWKB_TYPE_POLYGON, 0, ring_index, point_index, *point);
 }
 
 // ---- multipolygon --------------------------------------------------------------------------
@@ -223,14 +246,7 @@ int32_t xgWKB_shape_add_multipolygon_point(const unsigned char* shape, int32_t p
                                            int32_t ring_index, int32_t point_index,
                                            const _xgWKB_POINT* point, unsigned char** out) {
   if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  std::size_t size = 0;
-  if (!sized_as(shape, XGWKB_TYPE_MULTIPOLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
-  if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
-  const byte* polygon = member_of(shape, part);
-  if (!in_range(ring_index, shape_count(polygon))) return XGWKB_E_NO_PART;
-  const Site site = ring_site(polygon, ring_index);
-  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
-  return build_add(shape, size, site, point_index, *point, out);
+  return add_vertex(shape, XGWKB_TYPE_MULTIPOLYGON, part, ring_index, point_index, *point, out);
 }
 
 int32_t xgWKB_shape_delete_multipolygon_point(const unsigned char* shape, int32_t part,
@@ -263,15 +279,7 @@ int32_t xgWKB_shape_change_multipolygon_point(unsigned char* shape, int32_t part
                                               int32_t ring_index, int32_t point_index,
                                               const _xgWKB_POINT* point) {
   if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
-  std::size_t size = 0;
-  if (!sized_as(shape, XGWKB_TYPE_MULTIPOLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
-  if (!in_range(part, shape_count(shape))) return XGWKB_E_NO_PART;
-  const byte* polygon = member_of(shape, part);
-  if (!in_range(ring_index, shape_count(polygon))) return XGWKB_E_NO_PART;
-  const Site site = ring_site(polygon, ring_index);
-  if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
-  change_vertex(shape, site, point_index, *point);
-  return XGWKB_OK;
+  return change_vertex_at(shape, XGWKB_TYPE_MULTIPOLYGON, part, ring_index, point_index, *point);
 }
 
 }  // extern "C"

@@ -140,8 +140,8 @@ int32_t xgWKB_shape_get_points(const unsigned char* shape, int32_t part, _xgWKB_
     case XGWKB_TYPE_LINESTRING:
     case XGWKB_TYPE_MULTIPOINT: {
       _xgWKB_POINT* out = points;
-      for_each_coord(shape, [&](const byte* at) { *out++ = load_point(at); });
-      return XGWKB_OK;
+      const bool walked = for_each_coord(shape, [&](const byte* at) { *out++ = load_point(at); });
+      return walked ? XGWKB_OK : XGWKB_E_INVALID_SHAPE;
     }
     case XGWKB_TYPE_POLYGON:
     case XGWKB_TYPE_MULTILINESTRING:
@@ -180,6 +180,9 @@ int32_t xgWKB_shape_get_all_points(const unsigned char* shape, int32_t* part_off
     record(part_offsets, 0, 0);
     record(subpart_offsets, 0, 0);
   }
+  // The caller sized the arrays from the counts of members of the multi-type's own member type;
+  // the walks stop before a member of another type, and the shape is refused.
+  bool walked = true;
   switch (type) {
     case XGWKB_TYPE_POLYGON:
       // Both arrays receive the start of each ring.
@@ -191,7 +194,7 @@ int32_t xgWKB_shape_get_all_points(const unsigned char* shape, int32_t* part_off
       break;
     case XGWKB_TYPE_MULTILINESTRING:
       // Both arrays receive the start of each member.
-      for_each_member(shape, [&](const byte* line, uint32_t i) {
+      walked = for_each_member(shape, [&](const byte* line, uint32_t i) {
         record(part_offsets, i, written());
         record(subpart_offsets, i, written());
         out = line_run(line).copy_to(out);
@@ -201,7 +204,7 @@ int32_t xgWKB_shape_get_all_points(const unsigned char* shape, int32_t* part_off
       // Subparts: the start of every ring across all polygons.  Parts: the subpart index at
       // which each polygon's rings begin.
       uint32_t rings_so_far = 0;
-      for_each_member(shape, [&](const byte* polygon, uint32_t i) {
+      walked = for_each_member(shape, [&](const byte* polygon, uint32_t i) {
         record(part_offsets, i, static_cast<int32_t>(rings_so_far));
         for_each_ring(polygon, [&](PointRun ring, uint32_t) {
           record(subpart_offsets, rings_so_far++, written());
@@ -212,10 +215,10 @@ int32_t xgWKB_shape_get_all_points(const unsigned char* shape, int32_t* part_off
     }
     default:
       // Point, linestring, multipoint: only the points; the offset arrays are not touched.
-      for_each_coord(shape, [&](const byte* at) { *out++ = load_point(at); });
+      walked = for_each_coord(shape, [&](const byte* at) { *out++ = load_point(at); });
       break;
   }
-  return XGWKB_OK;
+  return walked ? XGWKB_OK : XGWKB_E_INVALID_SHAPE;
 }
 
 }  // extern "C"

@@ -40,7 +40,7 @@ int32_t xgWKB_shape_get_centroid(const unsigned char* shape, _xgWKB_POINT* centr
   if (shape_type(shape) != XGWKB_TYPE_POLYGON) return XGWKB_E_INVALID_SHAPE;
   // Holes are ignored: the centroid is the outer ring's.
   if (shape_count(shape) == 0) return XGWKB_E_INVALID_ENTITY;
-  const PointRun outer{shape + kCountedHeaderSize};
+  const PointRun outer = first_ring(shape);
   if (outer.size() == 0) return XGWKB_E_INVALID_ENTITY;
   *centroid = ring_centroid(outer);
   return XGWKB_OK;

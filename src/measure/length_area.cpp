@@ -5,23 +5,28 @@
 #include <cmath>
 
 #include "core/blob.h"
+#include "core/point_primitives.h"
 
 using namespace xg;
 
 namespace {
 
-double run_length(PointRun run) {
+// Sum of term(prev, cur) over the consecutive stored points of a run.
+template <class Term>
+double sum_over_segments(PointRun run, Term term) {
   const uint32_t n = run.size();
   double sum = 0;
   if (n == 0) return sum;
   _xgWKB_POINT prev = run.point(0);
   for (uint32_t i = 1; i < n; ++i) {
     const _xgWKB_POINT cur = run.point(i);
-    sum += xgWKB_baseGeo_point_calculate_distance(&prev, &cur);
+    sum += term(prev, cur);
     prev = cur;
   }
   return sum;
 }
+
+double run_length(PointRun run) { return sum_over_segments(run, point_distance); }
 
 double polygon_length(const byte* polygon) {
   double sum = 0;
@@ -37,15 +42,9 @@ double member_length(const byte* member) {
 // Area of a stored ring: half the absolute shoelace sum over consecutive stored points, with no
 // term from the last point back to the first (an unclosed ring is measured as stored).
 double ring_area(PointRun run) {
-  const uint32_t n = run.size();
-  double s = 0;
-  if (n == 0) return s;
-  _xgWKB_POINT prev = run.point(0);
-  for (uint32_t i = 1; i < n; ++i) {
-    const _xgWKB_POINT cur = run.point(i);
-    s += prev.x * cur.y - prev.y * cur.x;
-    prev = cur;
-  }
+  const double s = sum_over_segments(run, [](const _xgWKB_POINT& prev, const _xgWKB_POINT& cur) {
+    return prev.x * cur.y - prev.y * cur.x;
+  });
   return std::fabs(s) / 2;
 }
 
@@ -65,19 +64,25 @@ double polygon_area(const byte* polygon) {
 double polygon_area_by_index(const byte* polygon, int32_t index) {
   const uint32_t rings = shape_count(polygon);
   if (rings == 0) return 0;
-  const byte* at = polygon + kCountedHeaderSize;
-  PointRun outer{at};
-  double area = ring_area(outer);
+  PointRun ring = first_ring(polygon);
+  double area = ring_area(ring);
   if (index == 1) return area;
-  at = outer.end();
   for (uint32_t counter = 1; counter < rings; ++counter) {
-    PointRun ring{at};
+    ring = next_ring(ring);
     const double hole = ring_area(ring);
     if (static_cast<int32_t>(counter) == index) return hole;
     area -= hole;
-    at = ring.end();
   }
   return area;
+}
+
+// The measure of member `part` (1-based) of a multi-type, or the sum over all members (part 0).
+template <class Measure>
+double member_measure(const byte* multi, int32_t part, Measure measure) {
+  if (part > 0) return measure(member_at(multi, static_cast<uint32_t>(part - 1)));
+  double sum = 0;
+  for_each_member(multi, [&](const byte* member, uint32_t) { sum += measure(member); });
+  return sum;
 }
 
 bool index_in_range(int32_t index, uint32_t count) {
@@ -112,13 +117,7 @@ int32_t xgWKB_shape_get_length(const unsigned char* shape, int32_t part, double*
     case XGWKB_TYPE_MULTILINESTRING:
     case XGWKB_TYPE_MULTIPOLYGON: {
       if (!index_in_range(part, shape_count(shape))) return failed(length, XGWKB_E_NO_PART);
-      if (part > 0) {
-        *length = member_length(member_at(shape, static_cast<uint32_t>(part - 1)));
-        return XGWKB_OK;
-      }
-      double sum = 0;
-      for_each_member(shape, [&](const byte* member, uint32_t) { sum += member_length(member); });
-      *length = sum;
+      *length = member_measure(shape, part, member_length);
       return XGWKB_OK;
     }
     default:
@@ -136,13 +135,7 @@ int32_t xgWKB_shape_get_area(const unsigned char* shape, int32_t part, double* a
       return XGWKB_OK;
     case XGWKB_TYPE_MULTIPOLYGON: {
       if (!index_in_range(part, shape_count(shape))) return failed(area, XGWKB_E_NO_PART);
-      if (part > 0) {
-        *area = polygon_area(member_at(shape, static_cast<uint32_t>(part - 1)));
-        return XGWKB_OK;
-      }
-      double sum = 0;
-      for_each_member(shape, [&](const byte* polygon, uint32_t) { sum += polygon_area(polygon); });
-      *area = sum;
+      *area = member_measure(shape, part, polygon_area);
       return XGWKB_OK;
     }
     default:

@@ -35,10 +35,10 @@ struct EndPoint {
 // The mod-2 rule over the end points of the open members, in the order they were first met.
 // The first end point toggles the first entry equal to it; the last end point toggles every
 // equal entry the scan reaches before both ends have matched.  Unmatched ends are appended,
-// first before last, each with odd parity.
-std::vector<_xgWKB_POINT> odd_end_points(const byte* multiline) {
+// first before last, each with odd parity.  False when a member is not a linestring.
+bool odd_end_points(const byte* multiline, std::vector<_xgWKB_POINT>* odd) {
   std::vector<EndPoint> entries;
-  for_each_member(multiline, [&](const byte* member, uint32_t) {
+  const bool walked = for_each_member(multiline, [&](const byte* member, uint32_t) {
     const PointRun run = line_run(member);
     if (run.size() == 0 || wkb_line_is_closed_tol(member, kFixedTolerance)) return;
     const _xgWKB_POINT first = run.front();
@@ -59,15 +59,15 @@ std::vector<_xgWKB_POINT> odd_end_points(const byte* multiline) {
     if (!first_matched) entries.push_back({first, true});
     if (!last_matched) entries.push_back({last, true});
   });
-  std::vector<_xgWKB_POINT> odd;
   for (const EndPoint& e : entries) {
-    if (e.odd) odd.push_back(e.at);
+    if (e.odd) odd->push_back(e.at);
   }
-  return odd;
+  return walked;
 }
 
 int32_t multiline_boundary(const byte* multiline, byte** out) {
-  const std::vector<_xgWKB_POINT> odd = odd_end_points(multiline);
+  std::vector<_xgWKB_POINT> odd;
+  if (!odd_end_points(multiline, &odd)) return XGWKB_E_INVALID_SHAPE;
   // Where every end point cancels, the boundary is empty: the nil shape, with success.
   if (odd.empty()) return deliver(alloc_nil(), out, XGWKB_OK);
   return deliver(multipoint_of(odd.data(), odd.size()), out, XGWKB_OK);
@@ -83,8 +83,10 @@ int32_t line_boundary(const byte* line, byte** out) {
 }
 
 int32_t area_boundary(const byte* shape, byte** out) {
-  // Success whatever the conversion reports; an area without rings has the empty boundary.
-  if (shape_as_line(shape, out) == XGWKB_OK) return XGWKB_OK;
+  // Success whatever else the conversion reports; an area without rings has the empty boundary.
+  // A multipolygon with a member of another type is refused.
+  const int32_t status = shape_as_line(shape, out);
+  if (status == XGWKB_OK || status == XGWKB_E_INVALID_SHAPE) return status;
   return deliver(alloc_nil(), out, XGWKB_OK);
 }
 

@@ -61,19 +61,7 @@ bool ShapeRuns::load(const byte* shape, bool close_rings) {
   // Gather the members (a single shape is its own only member) and size the buffers.
   SmallVec<const byte*, 8> members;
   if (is_multi_type(type_)) {
-    const uint32_t want = type_ - (XGWKB_TYPE_MULTIPOINT - XGWKB_TYPE_POINT);
-    bool ok = true;
-    const uint32_t count = shape_count(shape);
-    const byte* at = shape + kCountedHeaderSize;
-    for (uint32_t i = 0; i < count && ok; ++i) {
-      if (shape_type(at) != want) {
-        ok = false;
-        break;
-      }
-      members.push_back(at);
-      at += member_size(at);
-    }
-    if (!ok) return false;
+    if (!for_each_member(shape, [&](const byte* m, uint32_t) { members.push_back(m); })) return false;
   } else if (is_geometry_type(type_)) {
     members.push_back(shape);
   } else {
@@ -107,7 +95,7 @@ bool ShapeRuns::load(const byte* shape, bool close_rings) {
     switch (shape_type(m)) {
       case XGWKB_TYPE_POINT:
         offsets_.push_back(static_cast<uint32_t>(pts_.size()));
-        pts_.push_back(load_point(m + kHeaderSize));
+        pts_.push_back(point_of(m));
         counts.push_back(1);
         break;
       case XGWKB_TYPE_LINESTRING:

@@ -23,9 +23,9 @@ bool lines_equal(const byte* a, const byte* b, double t) {
 bool polygons_equal(const byte* a, const byte* b, double t) {
   const uint32_t rings = shape_count(a);
   if (rings != shape_count(b)) return false;
-  PointRun ra{a + kCountedHeaderSize};
-  PointRun rb{b + kCountedHeaderSize};
-  for (uint32_t r = 0; r < rings; ++r) {
+  PointRun ra = first_ring(a);
+  PointRun rb = first_ring(b);
+  for (uint32_t r = 0; r < rings; ++r, ra = next_ring(ra), rb = next_ring(rb)) {
     const uint32_t n = ra.size();
     if (n != rb.size()) return false;
     // Intended: n comparisons of 16-byte spans that advance by 8 bytes, so span k pairs the
@@ -36,44 +36,42 @@ bool polygons_equal(const byte* a, const byte* b, double t) {
       const _xgWKB_POINT sb{rb.value(k), rb.value(k + 1)};
       if (!wkb_point_equal_tol(sa, sb, t)) return false;
     }
-    ra = PointRun{ra.end()};
-    rb = PointRun{rb.end()};
+  }
+  return true;
+}
+
+bool points_equal(const byte* a, const byte* b, double t) {
+  return wkb_point_equal_tol(point_of(a), point_of(b), t);
+}
+
+// Members pair by pair, each of the multi-type's member type.  `count` members are compared.
+bool members_equal(const byte* a, const byte* b, double t, uint32_t count,
+                   bool (*equal)(const byte*, const byte*, double)) {
+  const uint32_t member_type = member_type_of(shape_type(a));
+  const byte* ma = first_member(a);
+  const byte* mb = first_member(b);
+  for (uint32_t i = 0; i < count; ++i, ma = next_member(ma), mb = next_member(mb)) {
+    if (shape_type(ma) != member_type || shape_type(mb) != member_type) return false;
+    if (!equal(ma, mb, t)) return false;
   }
   return true;
 }
 
 bool multipoints_equal(const byte* a, const byte* b, double t) {
-  const uint32_t count_a = shape_count(a);
+  // Intended: the comparison runs over b's count only, so an a with extra points after b's
+  // equals b.  With the shapes the other way round it would run past the end of a's points; an
+  // a with fewer points than b is not equal instead.
   const uint32_t count_b = shape_count(b);
-  const byte* ma = a + kCountedHeaderSize;
-  const byte* mb = b + kCountedHeaderSize;
-  // Intended: the loop runs over b's count only, so an a with extra points after b's equals b.
-  for (uint32_t i = 0; i < count_b; ++i) {
-    // With the shapes the other way round the comparison would run past the end of a's points;
-    // we stop at a's last point and answer not equal instead of reading beyond it.
-    if (i >= count_a) return false;
-    if (shape_type(ma) != XGWKB_TYPE_POINT || shape_type(mb) != XGWKB_TYPE_POINT) return false;
-    if (!wkb_point_equal_tol(load_point(ma + kHeaderSize), load_point(mb + kHeaderSize), t)) return false;
-    ma += kPointBlobSize;
-    mb += kPointBlobSize;
-  }
-  return true;
+  if (shape_count(a) < count_b) return false;
+  return members_equal(a, b, t, count_b, points_equal);
 }
 
 // Multilinestrings and multipolygons: equal counts and equal members pair by pair.
-bool multis_equal(const byte* a, const byte* b, double t, uint32_t member_type,
+bool multis_equal(const byte* a, const byte* b, double t,
                   bool (*equal)(const byte*, const byte*, double)) {
   const uint32_t count = shape_count(a);
   if (count != shape_count(b)) return false;
-  const byte* ma = a + kCountedHeaderSize;
-  const byte* mb = b + kCountedHeaderSize;
-  for (uint32_t i = 0; i < count; ++i) {
-    if (shape_type(ma) != member_type || shape_type(mb) != member_type) return false;
-    if (!equal(ma, mb, t)) return false;
-    ma += member_size(ma);
-    mb += member_size(mb);
-  }
-  return true;
+  return members_equal(a, b, t, count, equal);
 }
 
 bool shapes_equal(const byte* a, const byte* b, double t) {
@@ -81,7 +79,7 @@ bool shapes_equal(const byte* a, const byte* b, double t) {
   if (type != shape_type(b) || !is_geometry_type(type)) return false;
   switch (type) {
     case XGWKB_TYPE_POINT:
-      return wkb_point_equal_tol(load_point(a + kHeaderSize), load_point(b + kHeaderSize), t);
+      return points_equal(a, b, t);
     case XGWKB_TYPE_LINESTRING:
       return lines_equal(a, b, t);
     case XGWKB_TYPE_POLYGON:
@@ -89,9 +87,9 @@ bool shapes_equal(const byte* a, const byte* b, double t) {
     case XGWKB_TYPE_MULTIPOINT:
       return multipoints_equal(a, b, t);
     case XGWKB_TYPE_MULTILINESTRING:
-      return multis_equal(a, b, t, XGWKB_TYPE_LINESTRING, lines_equal);
+      return multis_equal(a, b, t, lines_equal);
     default:
-      return multis_equal(a, b, t, XGWKB_TYPE_POLYGON, polygons_equal);
+      return multis_equal(a, b, t, polygons_equal);
   }
 }
 

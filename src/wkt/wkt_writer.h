@@ -14,17 +14,18 @@
 
 namespace xg {
 
-// Per-type writers: each appends the text of a blob of its type (nested type codes are not
-// looked at).  Handed no shape, each appends its type's empty text ("point empty", ...).
+// Per-type writers: each appends the text of a blob of its type.  Handed no shape, each appends
+// its type's empty text ("point empty", ...).  The multi-type writers return false when they
+// meet a member of a foreign type (the text is then incomplete), else true.
 void append_point_wkt(const byte* shape, std::string& out);
 void append_linestring_wkt(const byte* shape, std::string& out);
 void append_polygon_wkt(const byte* shape, std::string& out);
-void append_multipoint_wkt(const byte* shape, std::string& out);
-void append_multilinestring_wkt(const byte* shape, std::string& out);
-void append_multipolygon_wkt(const byte* shape, std::string& out);
+bool append_multipoint_wkt(const byte* shape, std::string& out);
+bool append_multilinestring_wkt(const byte* shape, std::string& out);
+bool append_multipolygon_wkt(const byte* shape, std::string& out);
 
-// Appends the text of a shape of type 1-6 and returns true; any other type appends nothing and
-// returns false.
+// Appends the text of a shape of type 1-6 and returns true; any other type, or a multi-type with
+// a member of a foreign type, returns false.
 bool append_wkt(const byte* shape, std::string& out);
 
 }  // namespace xg

@@ -155,10 +155,11 @@ Verdict check_multipolygon(const byte* multi) {
   std::vector<const byte*> polygons;
   polygons.reserve(count);
   Verdict verdict = kValid;
-  for_each_member(multi, [&](const byte* polygon, uint32_t) {
+  const bool walked = for_each_member(multi, [&](const byte* polygon, uint32_t) {
     polygons.push_back(polygon);
     if (verdict.ok()) verdict = check_polygon(polygon);
   });
+  if (!walked) return fail(XGWKB_E_INVALID_SHAPE);  // a member that is not a polygon
   if (!verdict.ok()) return verdict;
 
   // The rings of each member as one multilinestring, for the line-crossing test.
@@ -183,9 +184,10 @@ Verdict check_multipolygon(const byte* multi) {
 Verdict check_multiline(const byte* multi) {
   if (shape_count(multi) < 1) return fail(XGWKB_E_INTEGRITY);
   Verdict verdict = kValid;
-  for_each_member(multi, [&](const byte* line, uint32_t) {
+  const bool walked = for_each_member(multi, [&](const byte* line, uint32_t) {
     if (verdict.ok()) verdict = check_line(line);
   });
+  if (!walked) return fail(XGWKB_E_INVALID_SHAPE);  // a member that is not a linestring
   return verdict;
 }
 

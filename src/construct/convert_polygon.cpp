@@ -53,7 +53,7 @@ int32_t rings_as_polygons(const byte* multiline, byte** out) {
   std::vector<const byte*> rings;
   rings.reserve(runs.run_count());
   for_each_member(multiline, [&](const byte* member, uint32_t) {
-    rings.push_back(member + kHeaderSize);
+    rings.push_back(line_run(member).at);
   });
   const uint32_t k = static_cast<uint32_t>(rings.size());
   if (k != runs.run_count()) return XGWKB_E_INVALID_ENTITY;
