@@ -37,35 +37,39 @@ int32_t ring_relation(const _xgWKB_POINT& p, const _xgWKB_POINT* pts, uint32_t n
 
 extern "C" {
 
-int32_t xgWKB_baseGeo_point_is_equal(const _xgWKB_POINT* a, const _xgWKB_POINT* b, double tol) {
+int32_t xgWKB_baseGeo_point_is_equal(const _xgWKB_POINT* a, const _xgWKB_POINT* b,
+                                     double tol) noexcept {
   // Strict on purpose: with tol 0 no two points are equal, and a difference of exactly tol is
   // not equal either.
   return b->x - tol < a->x && a->x < b->x + tol && b->y - tol < a->y && a->y < b->y + tol;
 }
 
-double xgWKB_baseGeo_point_calculate_distance(const _xgWKB_POINT* a, const _xgWKB_POINT* b) {
+double xgWKB_baseGeo_point_calculate_distance(const _xgWKB_POINT* a,
+                                              const _xgWKB_POINT* b) noexcept {
   const double dx = a->x - b->x;
   const double dy = a->y - b->y;
   return std::sqrt(dx * dx + dy * dy);
 }
 
-void xgWKB_baseGeo_move_point(_xgWKB_POINT* p, const _xgWKB_POINT* offset) {
+void xgWKB_baseGeo_move_point(_xgWKB_POINT* p, const _xgWKB_POINT* offset) noexcept {
   // The offset is subtracted: the operation moves the origin to offset.
   p->x -= offset->x;
   p->y -= offset->y;
 }
 
-void xgWKB_baseGeo_moveEx_point(const _xgWKB_POINT* p, const _xgWKB_POINT* origin, _xgWKB_POINT* out) {
+void xgWKB_baseGeo_moveEx_point(const _xgWKB_POINT* p, const _xgWKB_POINT* origin,
+                                _xgWKB_POINT* out) noexcept {
   out->x = p->x - origin->x;
   out->y = p->y - origin->y;
 }
 
-void xgWKB_baseGeo_rotate_point(_xgWKB_POINT* p, double angle) {
+void xgWKB_baseGeo_rotate_point(_xgWKB_POINT* p, double angle) noexcept {
   // A positive angle turns clockwise.
   *p = rotate_cs(*p, std::cos(angle), std::sin(angle));
 }
 
-double xgWKB_baseGeo_point_calculate_angle(const _xgWKB_POINT* from, const _xgWKB_POINT* to) {
+double xgWKB_baseGeo_point_calculate_angle(const _xgWKB_POINT* from,
+                                           const _xgWKB_POINT* to) noexcept {
   const double dx = to->x - from->x;
   const double dy = to->y - from->y;
   // Equal points give pi/2.  The constants are the single-precision ones, so results close to
@@ -77,7 +81,7 @@ double xgWKB_baseGeo_point_calculate_angle(const _xgWKB_POINT* from, const _xgWK
 }
 
 int32_t xgWKB_baseGeo_point_line_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* a,
-                                          const _xgWKB_POINT* b, double tol) {
+                                          const _xgWKB_POINT* b, double tol) noexcept {
   // The end points are matched with the fixed tolerance, not with tol.
   if (xgWKB_baseGeo_point_is_equal(p, a, kFixedTolerance)) return 2;
   if (xgWKB_baseGeo_point_is_equal(p, b, kFixedTolerance)) return 3;
@@ -94,17 +98,18 @@ int32_t xgWKB_baseGeo_point_line_relation(const _xgWKB_POINT* p, const _xgWKB_PO
 }
 
 int32_t xgWKB_baseGeo_point_linestring_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* pts,
-                                                int32_t n, double tol) {
+                                                int32_t n, double tol) noexcept {
   return n > 0 ? locate_on_run(*p, pts, static_cast<uint32_t>(n), tol) : 0;
 }
 
-int32_t xgWKB_baseGeo_linestring_is_closed(const _xgWKB_POINT* pts, int32_t n, double tol) {
+int32_t xgWKB_baseGeo_linestring_is_closed(const _xgWKB_POINT* pts, int32_t n,
+                                           double tol) noexcept {
   if (n < 3) return 0;
   return xgWKB_baseGeo_point_is_equal(&pts[0], &pts[n - 1], tol);
 }
 
 int32_t xgWKB_baseGeo_point_simplePolygon_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* pts,
-                                                   int32_t n, double tol) {
+                                                   int32_t n, double tol) noexcept {
   return n > 0 ? ring_relation(*p, pts, static_cast<uint32_t>(n), tol) : 0;
 }
 

@@ -13,7 +13,7 @@ using namespace xg;
 namespace {
 
 int32_t deliver(byte* blob, byte** out, int32_t status) {
-  if (blob == nullptr) return XGWKB_E_FAILED;
+  if (blob == nullptr) return kOutOfMemory;
   *out = blob;
   return status;
 }
@@ -83,8 +83,10 @@ int32_t line_boundary(const byte* line, byte** out) {
 }
 
 int32_t area_boundary(const byte* shape, byte** out) {
-  // Success whatever the conversion reports; an area without rings has the empty boundary.
-  if (shape_as_line(shape, out) == XGWKB_OK) return XGWKB_OK;
+  // Success whatever the conversion reports, except running out of memory; an area without
+  // rings has the empty boundary.
+  const int32_t status = shape_as_line(shape, out);
+  if (status == XGWKB_OK || status == kOutOfMemory) return status;
   return deliver(alloc_nil(), out, XGWKB_OK);
 }
 
@@ -92,7 +94,7 @@ int32_t area_boundary(const byte* shape, byte** out) {
 
 extern "C" {
 
-int32_t xgWKB_shape_is_close(const unsigned char* shape, double tol) {
+int32_t xgWKB_shape_is_close(const unsigned char* shape, double tol) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   switch (shape_type(shape)) {
     case XGWKB_TYPE_LINESTRING:
@@ -104,23 +106,25 @@ int32_t xgWKB_shape_is_close(const unsigned char* shape, double tol) {
   }
 }
 
-int32_t xgWKB_shape_get_boundary(const unsigned char* shape, unsigned char** out) {
+int32_t xgWKB_shape_get_boundary(const unsigned char* shape, unsigned char** out) noexcept {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  switch (shape_type(shape)) {
-    case XGWKB_TYPE_POINT:
-    case XGWKB_TYPE_MULTIPOINT:
-      // A point has no boundary: a nil shape that the caller frees, and -208.
-      return deliver(alloc_nil(), out, XGWKB_E_NIL_AS_WKB);
-    case XGWKB_TYPE_LINESTRING:
-      return line_boundary(shape, out);
-    case XGWKB_TYPE_POLYGON:
-    case XGWKB_TYPE_MULTIPOLYGON:
-      return area_boundary(shape, out);
-    case XGWKB_TYPE_MULTILINESTRING:
-      return guarded([&] { return multiline_boundary(shape, out); });
-    default:
-      return XGWKB_E_INVALID_SHAPE;
-  }
+  return guarded([&]() -> int32_t {
+    switch (shape_type(shape)) {
+      case XGWKB_TYPE_POINT:
+      case XGWKB_TYPE_MULTIPOINT:
+        // A point has no boundary: a nil shape that the caller frees, and -208.
+        return deliver(alloc_nil(), out, XGWKB_E_NIL_AS_WKB);
+      case XGWKB_TYPE_LINESTRING:
+        return line_boundary(shape, out);
+      case XGWKB_TYPE_POLYGON:
+      case XGWKB_TYPE_MULTIPOLYGON:
+        return area_boundary(shape, out);
+      case XGWKB_TYPE_MULTILINESTRING:
+        return multiline_boundary(shape, out);
+      default:
+        return XGWKB_E_INVALID_SHAPE;
+    }
+  });
 }
 
 }  // extern "C"
