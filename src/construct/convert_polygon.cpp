@@ -123,15 +123,17 @@ int32_t rings_as_polygons(const byte* multiline, byte** out) {
 
 extern "C" {
 
-int32_t xgWKB_shape_as_polygon(const unsigned char* shape, unsigned char** out) {
+int32_t xgWKB_shape_as_polygon(const unsigned char* shape, unsigned char** out) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   const uint32_t type = shape_type(shape);
   if (type != XGWKB_TYPE_LINESTRING && type != XGWKB_TYPE_MULTILINESTRING) {
     return XGWKB_E_INVALID_ENTITY;
   }
   if (out == nullptr) return XGWKB_E_NULL_POINTER;
-  if (type == XGWKB_TYPE_LINESTRING) return line_as_polygon(shape, out);
-  return guarded([&] { return rings_as_polygons(shape, out); });
+  return guarded([&] {
+    return type == XGWKB_TYPE_LINESTRING ? line_as_polygon(shape, out)
+                                         : rings_as_polygons(shape, out);
+  });
 }
 
 }  // extern "C"

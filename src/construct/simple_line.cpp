@@ -19,7 +19,7 @@ void node_into(const byte* multiline, byte** out) {
 extern "C" {
 
 int32_t xgWKB_shape_generate_simple_line(int32_t total, int32_t parts, const int32_t* counts,
-                                         const _xgWKB_POINT* points, unsigned char** out) {
+                                         const _xgWKB_POINT* points, unsigned char** out) noexcept {
   (void)total;  // the point total is implied by counts and is not used
   // Intended: the status of building the multilinestring is not passed on and this export
   // always reports success; callers preset out and test it afterwards.
@@ -30,7 +30,7 @@ int32_t xgWKB_shape_generate_simple_line(int32_t total, int32_t parts, const int
   return XGWKB_OK;
 }
 
-int32_t xgWKB_shape_as_simple_line(const unsigned char* shape, unsigned char** out) {
+int32_t xgWKB_shape_as_simple_line(const unsigned char* shape, unsigned char** out) noexcept {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   // Intended: success whatever the conversion to lines reports; nothing is stored on failure.
   byte* line = nullptr;

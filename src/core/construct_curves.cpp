@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "core/angles.h"
+#include "core/boundary.h"
 #include "core/construct.h"
 
 using namespace xg;
@@ -59,27 +60,31 @@ byte* ellipse_polygon(const _xgWKB_POINT& c, double a, double b, double start, i
 extern "C" {
 
 int32_t xgWKB_shape_generate_polygon_from_circle(const _xgWKB_POINT* centre, double radius,
-                                                 int32_t n, unsigned char** out) {
+                                                 int32_t n, unsigned char** out) noexcept {
   // Written as a negation so that a NaN radius is refused too.
   if (!(radius >= 0 && n >= 4)) return XGWKB_E_INVALID_ARGUMENT;
   if (centre == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  byte* blob = circle_polygon(*centre, radius, n);
-  if (blob == nullptr) return XGWKB_E_FAILED;
-  *out = blob;
-  return XGWKB_OK;
+  return guarded([&]() -> int32_t {
+    byte* blob = circle_polygon(*centre, radius, n);
+    if (blob == nullptr) return kOutOfMemory;
+    *out = blob;
+    return XGWKB_OK;
+  });
 }
 
 int32_t xgWKB_shape_generate_from_ellipse(const _xgWKB_POINT* centre, double a, double b,
-                                          double start, int32_t n, unsigned char** out) {
+                                          double start, int32_t n, unsigned char** out) noexcept {
   // Intended: the start angle is bounded by 0 and 360 although it is used as radians.
   if (!(a >= 0 && b >= 0 && a >= b && start >= 0 && start <= 360 && n >= 9)) {
     return XGWKB_E_INVALID_ARGUMENT;
   }
   if (centre == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  byte* blob = ellipse_polygon(*centre, a, b, start, n);
-  if (blob == nullptr) return XGWKB_E_FAILED;
-  *out = blob;
-  return XGWKB_OK;
+  return guarded([&]() -> int32_t {
+    byte* blob = ellipse_polygon(*centre, a, b, start, n);
+    if (blob == nullptr) return kOutOfMemory;
+    *out = blob;
+    return XGWKB_OK;
+  });
 }
 
 }  // extern "C"

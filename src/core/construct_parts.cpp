@@ -80,7 +80,7 @@ int32_t combine(const byte* const* shapes, int32_t count, byte** out) {
 extern "C" {
 
 int32_t xgWKB_shape_generate_from_part(const unsigned char* shape, int32_t index,
-                                       unsigned char** out) {
+                                       unsigned char** out) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   if (!is_multi_type(shape_type(shape))) return XGWKB_E_INVALID_ENTITY;
   if (index < 1 || static_cast<uint32_t>(index) > shape_count(shape)) {
@@ -90,10 +90,11 @@ int32_t xgWKB_shape_generate_from_part(const unsigned char* shape, int32_t index
   const byte* member = member_at(shape, static_cast<uint32_t>(index - 1));
   uint32_t size = 0;
   if (geometry_size(member, &size) != XGWKB_OK) return XGWKB_E_INVALID_ENTITY;
-  return blob_copy(member, size, out);
+  return guarded([&] { return blob_copy(member, size, out); });
 }
 
-int32_t xgWKB_shape_combine(const unsigned char* const* shapes, int32_t count, unsigned char** out) {
+int32_t xgWKB_shape_combine(const unsigned char* const* shapes, int32_t count,
+                            unsigned char** out) noexcept {
   if (shapes == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   if (count < 1) return XGWKB_E_INVALID_ARGUMENT;
   return guarded([&] { return combine(shapes, count, out); });

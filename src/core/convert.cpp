@@ -1,6 +1,7 @@
 // convert.cpp - a shape of one dimension turned into another: its vertices as a multipoint, its
 // rings and lines as linestrings.
 
+#include "core/boundary.h"
 #include "core/construct.h"
 
 using namespace xg;
@@ -113,20 +114,22 @@ int32_t shape_as_line(const byte* shape, byte** out) {
 
 extern "C" {
 
-int32_t xgWKB_shape_as_point(const unsigned char* shape, unsigned char** out) {
+int32_t xgWKB_shape_as_point(const unsigned char* shape, unsigned char** out) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   const uint32_t type = shape_type(shape);
   if (!is_geometry_type(type)) return XGWKB_E_INVALID_ENTITY;
   if (out == nullptr) return XGWKB_E_NULL_POINTER;
-  if (type == XGWKB_TYPE_MULTIPOINT) return copy_shape(shape, out);
-  return vertices_as_multipoint(shape, out);
+  return guarded([&] {
+    return type == XGWKB_TYPE_MULTIPOINT ? copy_shape(shape, out)
+                                         : vertices_as_multipoint(shape, out);
+  });
 }
 
-int32_t xgWKB_shape_as_line(const unsigned char* shape, unsigned char** out) {
+int32_t xgWKB_shape_as_line(const unsigned char* shape, unsigned char** out) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   if (!is_geometry_type(shape_type(shape))) return XGWKB_E_INVALID_SHAPE;
   if (out == nullptr) return XGWKB_E_NULL_POINTER;
-  return shape_as_line(shape, out);
+  return guarded([&] { return shape_as_line(shape, out); });
 }
 
 }  // extern "C"

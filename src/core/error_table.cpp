@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/boundary.h"
 #include "xggeokit.h"
 
 namespace {
@@ -103,12 +104,12 @@ uint32_t describe(int32_t code, char** message, bool utf8) {
 
 extern "C" {
 
-uint32_t xgWKB_shape_get_error_description(int32_t code, char** message) {
-  return describe(code, message, false);
+uint32_t xgWKB_shape_get_error_description(int32_t code, char** message) noexcept {
+  return xg::guarded_value(0u, [&] { return describe(code, message, false); });
 }
 
-uint32_t xgWKB_shape_get_error_description_utf8(int32_t code, char** message) {
-  return describe(code, message, true);
+uint32_t xgWKB_shape_get_error_description_utf8(int32_t code, char** message) noexcept {
+  return xg::guarded_value(0u, [&] { return describe(code, message, true); });
 }
 
 }  // extern "C"

@@ -70,51 +70,53 @@ int32_t point_segment_relation(const _xgWKB_POINT& p, const _xgWKB_POINT& a, con
 
 extern "C" {
 
-int32_t xgWKB_baseGeo_point_is_equal(const _xgWKB_POINT* a, const _xgWKB_POINT* b, double tol) {
+int32_t xgWKB_baseGeo_point_is_equal(const _xgWKB_POINT* a, const _xgWKB_POINT* b, double tol) noexcept {
   return wkb_point_equal_tol(*a, *b, tol);
 }
 
-double xgWKB_baseGeo_point_calculate_distance(const _xgWKB_POINT* a, const _xgWKB_POINT* b) {
+double xgWKB_baseGeo_point_calculate_distance(const _xgWKB_POINT* a, const _xgWKB_POINT* b) noexcept {
   return point_distance(*a, *b);
 }
 
-void xgWKB_baseGeo_move_point(_xgWKB_POINT* p, const _xgWKB_POINT* offset) {
+void xgWKB_baseGeo_move_point(_xgWKB_POINT* p, const _xgWKB_POINT* offset) noexcept {
   // The offset is subtracted: the operation moves the origin to offset.
   p->x -= offset->x;
   p->y -= offset->y;
 }
 
-void xgWKB_baseGeo_moveEx_point(const _xgWKB_POINT* p, const _xgWKB_POINT* origin, _xgWKB_POINT* out) {
+void xgWKB_baseGeo_moveEx_point(const _xgWKB_POINT* p, const _xgWKB_POINT* origin,
+                                _xgWKB_POINT* out) noexcept {
   out->x = p->x - origin->x;
   out->y = p->y - origin->y;
 }
 
-void xgWKB_baseGeo_rotate_point(_xgWKB_POINT* p, double angle) {
+void xgWKB_baseGeo_rotate_point(_xgWKB_POINT* p, double angle) noexcept {
   // A positive angle turns clockwise.
   *p = rotate_cs(*p, std::cos(angle), std::sin(angle));
 }
 
-double xgWKB_baseGeo_point_calculate_angle(const _xgWKB_POINT* from, const _xgWKB_POINT* to) {
+double xgWKB_baseGeo_point_calculate_angle(const _xgWKB_POINT* from, const _xgWKB_POINT* to) noexcept {
   return point_angle(*from, *to);
 }
 
 int32_t xgWKB_baseGeo_point_line_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* a,
-                                          const _xgWKB_POINT* b, double tol) {
+                                          const _xgWKB_POINT* b, double tol) noexcept {
   return point_segment_relation(*p, *a, *b, tol);
 }
 
 int32_t xgWKB_baseGeo_point_linestring_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* pts,
-                                                int32_t n, double tol) {
+                                                int32_t n, double tol) noexcept {
   return n > 0 ? locate_on_run(*p, pts, static_cast<uint32_t>(n), tol) : 0;
 }
 
-int32_t xgWKB_baseGeo_linestring_is_closed(const _xgWKB_POINT* pts, int32_t n, double tol) {
+int32_t xgWKB_baseGeo_linestring_is_closed(const _xgWKB_POINT* pts, int32_t n,
+                                           double tol) noexcept {
   if (n < 3) return 0;
   return wkb_point_equal_tol(pts[0], pts[n - 1], tol);
 }
 
 int32_t xgWKB_baseGeo_point_simplePolygon_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* pts,
-                                                   int32_t n, double tol) {
+                                                   int32_t n, double tol) noexcept {
   return n > 0 ? ring_relation(*p, pts, static_cast<uint32_t>(n), tol) : 0;
 }
 

@@ -4,6 +4,7 @@
 // A part of a multi-type is a whole member blob; a part given for a polygon is read as a
 // linestring, whose counted run becomes the ring.  Every result is a Splice of the input.
 #include "core/blob.h"
+#include "core/boundary.h"
 #include "edit/edit_checks.h"
 #include "edit/splice.h"
 
@@ -126,35 +127,36 @@ bool sized_part_holder(const byte* shape, std::size_t* size) {
 extern "C" {
 
 int32_t xgWKB_shape_add_part(const unsigned char* shape, const unsigned char* part,
-                             unsigned char** out) {
+                             unsigned char** out) noexcept {
   if (shape == nullptr || part == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   std::size_t size = 0;
   if (!sized_part_holder(shape, &size)) return XGWKB_E_INVALID_SHAPE;
-  return add_part(shape, size, part, out);
+  return guarded([&] { return add_part(shape, size, part, out); });
 }
 
 int32_t xgWKB_shape_insert_part(const unsigned char* shape, const unsigned char* part,
-                                int32_t index, unsigned char** out) {
+                                int32_t index, unsigned char** out) noexcept {
   if (shape == nullptr || part == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   std::size_t size = 0;
   if (!sized_part_holder(shape, &size)) return XGWKB_E_INVALID_SHAPE;
-  return insert_part(shape, size, part, index, out);
+  return guarded([&] { return insert_part(shape, size, part, index, out); });
 }
 
 int32_t xgWKB_shape_replace_part(const unsigned char* shape, const unsigned char* part,
-                                 int32_t index, unsigned char** out) {
+                                 int32_t index, unsigned char** out) noexcept {
   if (shape == nullptr || part == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   std::size_t size = 0;
   // Intended: a shape of the wrong type is an invalid entity here, unlike the sibling operations.
   if (!sized_part_holder(shape, &size)) return XGWKB_E_INVALID_ENTITY;
-  return replace_part(shape, size, part, index, out);
+  return guarded([&] { return replace_part(shape, size, part, index, out); });
 }
 
-int32_t xgWKB_shape_delete_part(const unsigned char* shape, int32_t index, unsigned char** out) {
+int32_t xgWKB_shape_delete_part(const unsigned char* shape, int32_t index,
+                                unsigned char** out) noexcept {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   std::size_t size = 0;
   if (!sized_part_holder(shape, &size)) return XGWKB_E_INVALID_SHAPE;
-  return delete_part(shape, size, index, out);
+  return guarded([&] { return delete_part(shape, size, index, out); });
 }
 
 }  // extern "C"

@@ -6,11 +6,11 @@
 
 extern "C" {
 
-int32_t xgWKB_shape_change_path(void) { return 0; }
-int32_t xgWKB_shape_delete_path(void) { return 0; }
-int32_t xgWKB_shape_replace_path_with_arc(void) { return 0; }
-int32_t xgWKB_shape_delete_point(void) { return 0; }
-int32_t xgWKB_shape_move_point(void) { return 0; }
-int32_t xgWKB_shape_extend_line(void) { return 0; }
+int32_t xgWKB_shape_change_path(void) noexcept { return 0; }
+int32_t xgWKB_shape_delete_path(void) noexcept { return 0; }
+int32_t xgWKB_shape_replace_path_with_arc(void) noexcept { return 0; }
+int32_t xgWKB_shape_delete_point(void) noexcept { return 0; }
+int32_t xgWKB_shape_move_point(void) noexcept { return 0; }
+int32_t xgWKB_shape_extend_line(void) noexcept { return 0; }
 
 }  // extern "C"

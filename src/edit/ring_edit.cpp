@@ -120,10 +120,18 @@ int32_t with_new_ring(const byte* shape, int32_t part, const _xgWKB_POINT* point
   const int32_t status = check_multipolygon(shape, part, &size);
   if (status != XGWKB_OK) return status;
   if (count < 0) return XGWKB_E_INVALID_ARGUMENT;
-  return guarded([&] {
+  byte* const before = *out;
+  const int32_t result = guarded([&] {
     const std::vector<byte> run = make_run(points, static_cast<uint32_t>(count));
     return edit(size, member_of(shape, part), run);
   });
+  // The result block is handed out before the ring test, which may run out of memory; the block
+  // is taken back then, so that out of memory leaves *out as it was.
+  if (result == kOutOfMemory && *out != before) {
+    std::free(*out);
+    *out = before;
+  }
+  return result;
 }
 
 }  // namespace xg
@@ -131,7 +139,7 @@ int32_t with_new_ring(const byte* shape, int32_t part, const _xgWKB_POINT* point
 extern "C" {
 
 int32_t xgWKB_shape_add_island(const unsigned char* shape, const _xgWKB_POINT* points,
-                               int32_t count, unsigned char** out) {
+                               int32_t count, unsigned char** out) noexcept {
   if (shape == nullptr || !points_ok(points, count) || out == nullptr) return XGWKB_E_NULL_POINTER;
   std::size_t size = 0;
   if (!sized_as(shape, XGWKB_TYPE_POLYGON, &size)) return XGWKB_E_INCOMPATIBLE;
@@ -141,15 +149,15 @@ int32_t xgWKB_shape_add_island(const unsigned char* shape, const _xgWKB_POINT* p
 }
 
 int32_t xgWKB_shape_delete_island(const unsigned char* shape, const _xgWKB_POINT* point,
-                                  unsigned char** out) {
+                                  unsigned char** out) noexcept {
   if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   if (shape_type(shape) != XGWKB_TYPE_POLYGON) return XGWKB_E_INCOMPATIBLE;
-  return delete_island(shape, *point, out);
+  return guarded([&] { return delete_island(shape, *point, out); });
 }
 
 int32_t xgWKB_shape_add_multipolygon_ring(const unsigned char* shape, int32_t part,
                                           int32_t ring_index, const _xgWKB_POINT* points,
-                                          int32_t count, unsigned char** out) {
+                                          int32_t count, unsigned char** out) noexcept {
   return with_new_ring(shape, part, points, count, out, [&](std::size_t size, const byte* polygon,
                                                             const std::vector<byte>& run) {
     return add_multipolygon_ring(shape, size, polygon, ring_index, run, out);
@@ -158,7 +166,7 @@ int32_t xgWKB_shape_add_multipolygon_ring(const unsigned char* shape, int32_t pa
 
 int32_t xgWKB_shape_replace_multipolygon_ring(const unsigned char* shape, int32_t part,
                                               int32_t ring_index, const _xgWKB_POINT* points,
-                                              int32_t count, unsigned char** out) {
+                                              int32_t count, unsigned char** out) noexcept {
   return with_new_ring(shape, part, points, count, out, [&](std::size_t size, const byte* polygon,
                                                             const std::vector<byte>& run) {
     return replace_multipolygon_ring(shape, size, polygon, ring_index, run, out);
@@ -166,12 +174,14 @@ int32_t xgWKB_shape_replace_multipolygon_ring(const unsigned char* shape, int32_
 }
 
 int32_t xgWKB_shape_delete_multipolygon_ring(const unsigned char* shape, int32_t part,
-                                             int32_t ring_index, unsigned char** out) {
+                                             int32_t ring_index, unsigned char** out) noexcept {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   std::size_t size = 0;
   const int32_t status = check_multipolygon(shape, part, &size);
   if (status != XGWKB_OK) return status;
-  return delete_multipolygon_ring(shape, size, member_of(shape, part), ring_index, out);
+  return guarded([&] {
+    return delete_multipolygon_ring(shape, size, member_of(shape, part), ring_index, out);
+  });
 }
 
 }  // extern "C"

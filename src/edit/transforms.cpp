@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "core/blob.h"
+#include "core/boundary.h"
 #include "core/rotation.h"
 #include "edit/splice.h"
 
@@ -91,14 +92,14 @@ int32_t mirror(const byte* shape, const _xgWKB_POINT& p1, const _xgWKB_POINT& p2
 
 extern "C" {
 
-int32_t xgWKB_shape_move(unsigned char* shape, double dx, double dy) {
+int32_t xgWKB_shape_move(unsigned char* shape, double dx, double dy) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   return transform_in_place(shape, [dx, dy](const _xgWKB_POINT& p) {
     return _xgWKB_POINT{p.x + dx, p.y + dy};
   });
 }
 
-int32_t xgWKB_shape_rotate(unsigned char* shape, double angle, double cx, double cy) {
+int32_t xgWKB_shape_rotate(unsigned char* shape, double angle, double cx, double cy) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   const double c = std::cos(angle);
   const double s = std::sin(angle);
@@ -108,7 +109,8 @@ int32_t xgWKB_shape_rotate(unsigned char* shape, double angle, double cx, double
   });
 }
 
-int32_t xgWKB_shape_stretch(unsigned char* shape, const _xgWKB_POINT* base, double fx, double fy) {
+int32_t xgWKB_shape_stretch(unsigned char* shape, const _xgWKB_POINT* base, double fx,
+                            double fy) noexcept {
   if (shape == nullptr || base == nullptr) return XGWKB_E_NULL_POINTER;
   const _xgWKB_POINT b = *base;
   return transform_in_place(shape, [b, fx, fy](const _xgWKB_POINT& p) {
@@ -117,11 +119,11 @@ int32_t xgWKB_shape_stretch(unsigned char* shape, const _xgWKB_POINT* base, doub
 }
 
 int32_t xgWKB_shape_mirror(const unsigned char* shape, const _xgWKB_POINT* p1,
-                           const _xgWKB_POINT* p2, unsigned char** out, double tol) {
+                           const _xgWKB_POINT* p2, unsigned char** out, double tol) noexcept {
   if (shape == nullptr || p1 == nullptr || p2 == nullptr || out == nullptr) {
     return XGWKB_E_NULL_POINTER;
   }
-  return mirror(shape, *p1, *p2, tol, out);
+  return guarded([&] { return mirror(shape, *p1, *p2, tol, out); });
 }
 
 }  // extern "C"

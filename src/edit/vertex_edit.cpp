@@ -5,6 +5,7 @@
 // runs one of three shared steps: insert a vertex, leave one out, or overwrite one.  Adding and
 // deleting build a new blob with a Splice; changing writes into the caller's blob.
 #include "core/blob.h"
+#include "core/boundary.h"
 #include "edit/edit_checks.h"
 #include "edit/splice.h"
 
@@ -165,13 +166,13 @@ extern "C" {
 // ---- linestring ----------------------------------------------------------------------------
 
 int32_t xgWKB_shape_add_lineString_point(const unsigned char* shape, int32_t point_index,
-                                         const _xgWKB_POINT* point, unsigned char** out) {
+                                         const _xgWKB_POINT* point, unsigned char** out) noexcept {
   if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  return add_vertex(shape, XGWKB_TYPE_LINESTRING, 0, 0, point_index, *point, out);
+  return guarded([&] { return add_vertex(shape, XGWKB_TYPE_LINESTRING, 0, 0, point_index, *point, out); });
 }
 
 int32_t xgWKB_shape_delete_lineString_point(const unsigned char* shape, int32_t point_index,
-                                            unsigned char** out) {
+                                            unsigned char** out) noexcept {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   std::size_t size = 0;
   Site site{};
@@ -179,13 +180,15 @@ int32_t xgWKB_shape_delete_lineString_point(const unsigned char* shape, int32_t 
   if (status != XGWKB_OK) return status;
   if (!in_range(point_index, site.count())) return XGWKB_E_NO_PART;
   if (site.count() < kMinLineToDelete) return XGWKB_E_UNCHANGED;
-  Splice edit(shape, size);
-  splice_delete(edit, site, point_index);
-  return edit.build(out);
+  return guarded([&] {
+    Splice edit(shape, size);
+    splice_delete(edit, site, point_index);
+    return edit.build(out);
+  });
 }
 
 int32_t xgWKB_shape_change_linestring_point(unsigned char* shape, int32_t point_index,
-                                            const _xgWKB_POINT* point) {
+                                            const _xgWKB_POINT* point) noexcept {
   if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
   return change_vertex_at(shape, XGWKB_TYPE_LINESTRING, 0, 0, point_index, *point);
 }
@@ -194,20 +197,22 @@ int32_t xgWKB_shape_change_linestring_point(unsigned char* shape, int32_t point_
 
 int32_t xgWKB_shape_add_MultiLineString_point(const unsigned char* shape, int32_t part,
                                               int32_t point_index, const _xgWKB_POINT* point,
-                                              unsigned char** out) {
+                                              unsigned char** out) noexcept {
   if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  return add_vertex(shape, XGWKB_TYPE_MULTILINESTRING, part, 0, point_index, *point, out);
+  return guarded([&] { return add_vertex(shape, XGWKB_TYPE_MULTILINESTRING, part, 0, point_index, *point, out); });
 }
 
 int32_t xgWKB_shape_delete_MultiLineString_point(const unsigned char* shape, int32_t part,
-                                                 int32_t point_index, unsigned char** out) {
+                                                 int32_t point_index,
+                                                 unsigned char** out) noexcept {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  return delete_vertex(shape, XGWKB_TYPE_MULTILINESTRING, part, 0, point_index, kMinLineToDelete,
-                       out);
+  return guarded([&] { return delete_vertex(shape, XGWKB_TYPE_MULTILINESTRING, part, 0, point_index, kMinLineToDelete,
+                       out); });
 }
 
 int32_t xgWKB_shape_chage_MultiLineString_point(unsigned char* shape, int32_t part,
-                                                int32_t point_index, const _xgWKB_POINT* point) {
+                                                int32_t point_index,
+                                                const _xgWKB_POINT* point) noexcept {
   if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
   std::size_t size = 0;
   Site site{};
@@ -222,20 +227,20 @@ int32_t xgWKB_shape_chage_MultiLineString_point(unsigned char* shape, int32_t pa
 
 int32_t xgWKB_shape_add_polygon_point(const unsigned char* shape, int32_t ring_index,
                                       int32_t point_index, const _xgWKB_POINT* point,
-                                      unsigned char** out) {
+                                      unsigned char** out) noexcept {
   if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   // Intended: the closing vertex is left as it is, so adding at point 1 opens the ring.
-  return add_vertex(shape, XGWKB_TYPE_POLYGON, 0, ring_index, point_index, *point, out);
+  return guarded([&] { return add_vertex(shape, XGWKB_TYPE_POLYGON, 0, ring_index, point_index, *point, out); });
 }
 
 int32_t xgWKB_shape_delete_polygon_point(const unsigned char* shape, int32_t ring_index,
-                                         int32_t point_index, unsigned char** out) {
+                                         int32_t point_index, unsigned char** out) noexcept {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  return delete_vertex(shape, XGWKB_TYPE_POLYGON, 0, ring_index, point_index, kMinRingToDelete, out);
+  return guarded([&] { return delete_vertex(shape, XGWKB_TYPE_POLYGON, 0, ring_index, point_index, kMinRingToDelete, out); });
 }
 
 int32_t xgWKB_shape_change_polygon_point(unsigned char* shape, int32_t ring_index,
-                                         int32_t point_index, const _xgWKB_POINT* point) {
+                                         int32_t point_index, const _xgWKB_POINT* point) noexcept {
   if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
   return change_vertex_at(shape, XGWKB_TYPE_POLYGON, 0, ring_index, point_index, *point);
 }
@@ -244,14 +249,15 @@ int32_t xgWKB_shape_change_polygon_point(unsigned char* shape, int32_t ring_inde
 
 int32_t xgWKB_shape_add_multipolygon_point(const unsigned char* shape, int32_t part,
                                            int32_t ring_index, int32_t point_index,
-                                           const _xgWKB_POINT* point, unsigned char** out) {
+                                           const _xgWKB_POINT* point,
+                                           unsigned char** out) noexcept {
   if (shape == nullptr || point == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  return add_vertex(shape, XGWKB_TYPE_MULTIPOLYGON, part, ring_index, point_index, *point, out);
+  return guarded([&] { return add_vertex(shape, XGWKB_TYPE_MULTIPOLYGON, part, ring_index, point_index, *point, out); });
 }
 
 int32_t xgWKB_shape_delete_multipolygon_point(const unsigned char* shape, int32_t part,
                                               int32_t ring_index, int32_t point_index,
-                                              unsigned char** out) {
+                                              unsigned char** out) noexcept {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   std::size_t size = 0;
   if (!sized_as(shape, XGWKB_TYPE_MULTIPOLYGON, &size)) return XGWKB_E_INVALID_SHAPE;
@@ -259,25 +265,27 @@ int32_t xgWKB_shape_delete_multipolygon_point(const unsigned char* shape, int32_
   const byte* polygon = member_of(shape, part);
   // Intended: the block is handed out before the ring index is tested; a bad ring index leaves
   // it with the caller, while a ring too short (or a point index past it) takes it back.
-  byte* block = hand_out_block(size - kCoordSize, out);
-  if (block == nullptr) return XGWKB_E_FAILED;
-  if (!in_range(ring_index, shape_count(polygon))) return XGWKB_E_NO_PART;
-  const Site site = ring_site(polygon, ring_index);
-  const int32_t refused = site.count() < kMinRingToDelete        ? XGWKB_E_UNCHANGED
-                          : !in_range(point_index, site.count()) ? XGWKB_E_NO_PART
-                                                                 : XGWKB_OK;
-  if (refused != XGWKB_OK) {
-    std::free(block);
-    *out = nullptr;
-    return refused;
-  }
-  fill_delete(shape, size, site, point_index, block);
-  return XGWKB_OK;
+  return guarded([&]() -> int32_t {
+    byte* block = hand_out_block(size - kCoordSize, out);
+    if (block == nullptr) return kOutOfMemory;
+    if (!in_range(ring_index, shape_count(polygon))) return XGWKB_E_NO_PART;
+    const Site site = ring_site(polygon, ring_index);
+    const int32_t refused = site.count() < kMinRingToDelete        ? XGWKB_E_UNCHANGED
+                            : !in_range(point_index, site.count()) ? XGWKB_E_NO_PART
+                                                                   : XGWKB_OK;
+    if (refused != XGWKB_OK) {
+      std::free(block);
+      *out = nullptr;
+      return refused;
+    }
+    fill_delete(shape, size, site, point_index, block);
+    return XGWKB_OK;
+  });
 }
 
 int32_t xgWKB_shape_change_multipolygon_point(unsigned char* shape, int32_t part,
                                               int32_t ring_index, int32_t point_index,
-                                              const _xgWKB_POINT* point) {
+                                              const _xgWKB_POINT* point) noexcept {
   if (shape == nullptr || point == nullptr) return XGWKB_E_NULL_POINTER;
   return change_vertex_at(shape, XGWKB_TYPE_MULTIPOLYGON, part, ring_index, point_index, *point);
 }

@@ -73,7 +73,7 @@ _xgWKB_POINT* copy_polygon(const byte* polygon, _xgWKB_POINT* out) {
 
 extern "C" {
 
-int32_t xgWKB_shape_get_num_parts(const unsigned char* shape, uint32_t* count) {
+int32_t xgWKB_shape_get_num_parts(const unsigned char* shape, uint32_t* count) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   const uint32_t type = shape_type(shape);
   if (type == XGWKB_TYPE_POLYGON || is_multi_type(type)) {
@@ -84,7 +84,8 @@ int32_t xgWKB_shape_get_num_parts(const unsigned char* shape, uint32_t* count) {
   return XGWKB_E_INVALID_ENTITY;
 }
 
-int32_t xgWKB_shape_get_num_subparts(const unsigned char* shape, int32_t part, uint32_t* count) {
+int32_t xgWKB_shape_get_num_subparts(const unsigned char* shape, int32_t part,
+                                     uint32_t* count) noexcept {
   if (shape == nullptr) {
     *count = 0;
     return XGWKB_E_NULL_POINTER;
@@ -105,7 +106,7 @@ int32_t xgWKB_shape_get_num_subparts(const unsigned char* shape, int32_t part, u
 }
 
 int32_t xgWKB_shape_get_num_points(const unsigned char* shape, int32_t part, int32_t subpart,
-                                   uint32_t* count) {
+                                   uint32_t* count) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   switch (shape_type(shape)) {
     case XGWKB_TYPE_POINT:
@@ -132,7 +133,8 @@ int32_t xgWKB_shape_get_num_points(const unsigned char* shape, int32_t part, int
   }
 }
 
-int32_t xgWKB_shape_get_points(const unsigned char* shape, int32_t part, _xgWKB_POINT* points) {
+int32_t xgWKB_shape_get_points(const unsigned char* shape, int32_t part,
+                               _xgWKB_POINT* points) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   const uint32_t type = shape_type(shape);
   switch (type) {
@@ -163,7 +165,7 @@ int32_t xgWKB_shape_get_points(const unsigned char* shape, int32_t part, _xgWKB_
 }
 
 int32_t xgWKB_shape_get_all_points(const unsigned char* shape, int32_t* part_offsets,
-                                   int32_t* subpart_offsets, _xgWKB_POINT* points) {
+                                   int32_t* subpart_offsets, _xgWKB_POINT* points) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   const uint32_t type = shape_type(shape);
   if (!is_geometry_type(type)) return XGWKB_E_INVALID_SHAPE;

@@ -34,7 +34,7 @@ _xgWKB_POINT ring_centroid(PointRun ring) {
 
 extern "C" {
 
-int32_t xgWKB_shape_get_centroid(const unsigned char* shape, _xgWKB_POINT* centroid) {
+int32_t xgWKB_shape_get_centroid(const unsigned char* shape, _xgWKB_POINT* centroid) noexcept {
   if (shape == nullptr || centroid == nullptr) return XGWKB_E_NULL_POINTER;
   // Only polygons: a multipolygon is refused like any other type.
   if (shape_type(shape) != XGWKB_TYPE_POLYGON) return XGWKB_E_INVALID_SHAPE;

@@ -98,7 +98,7 @@ int32_t failed(double* out, int32_t status) {
 
 extern "C" {
 
-int32_t xgWKB_shape_get_length(const unsigned char* shape, int32_t part, double* length) {
+int32_t xgWKB_shape_get_length(const unsigned char* shape, int32_t part, double* length) noexcept {
   if (length == nullptr) return XGWKB_E_NULL_POINTER;
   if (shape == nullptr) return failed(length, XGWKB_E_NULL_POINTER);
   const uint32_t type = shape_type(shape);
@@ -125,7 +125,7 @@ int32_t xgWKB_shape_get_length(const unsigned char* shape, int32_t part, double*
   }
 }
 
-int32_t xgWKB_shape_get_area(const unsigned char* shape, int32_t part, double* area) {
+int32_t xgWKB_shape_get_area(const unsigned char* shape, int32_t part, double* area) noexcept {
   if (area == nullptr) return XGWKB_E_NULL_POINTER;
   if (shape == nullptr) return failed(area, XGWKB_E_NULL_POINTER);
   switch (shape_type(shape)) {

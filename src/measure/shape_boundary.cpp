@@ -13,7 +13,7 @@ using namespace xg;
 namespace {
 
 int32_t deliver(byte* blob, byte** out, int32_t status) {
-  if (blob == nullptr) return XGWKB_E_FAILED;
+  if (blob == nullptr) return kOutOfMemory;
   *out = blob;
   return status;
 }
@@ -84,9 +84,9 @@ int32_t line_boundary(const byte* line, byte** out) {
 
 int32_t area_boundary(const byte* shape, byte** out) {
   // Success whatever else the conversion reports; an area without rings has the empty boundary.
-  // A multipolygon with a member of another type is refused.
+  // Running out of memory and a multipolygon with a member of another type are passed on.
   const int32_t status = shape_as_line(shape, out);
-  if (status == XGWKB_OK || status == XGWKB_E_INVALID_SHAPE) return status;
+  if (status == XGWKB_OK || status == XGWKB_E_INVALID_SHAPE || status == kOutOfMemory) return status;
   return deliver(alloc_nil(), out, XGWKB_OK);
 }
 
@@ -94,7 +94,7 @@ int32_t area_boundary(const byte* shape, byte** out) {
 
 extern "C" {
 
-int32_t xgWKB_shape_is_close(const unsigned char* shape, double tol) {
+int32_t xgWKB_shape_is_close(const unsigned char* shape, double tol) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   switch (shape_type(shape)) {
     case XGWKB_TYPE_LINESTRING:
@@ -106,23 +106,25 @@ int32_t xgWKB_shape_is_close(const unsigned char* shape, double tol) {
   }
 }
 
-int32_t xgWKB_shape_get_boundary(const unsigned char* shape, unsigned char** out) {
+int32_t xgWKB_shape_get_boundary(const unsigned char* shape, unsigned char** out) noexcept {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  switch (shape_type(shape)) {
-    case XGWKB_TYPE_POINT:
-    case XGWKB_TYPE_MULTIPOINT:
-      // A point has no boundary: a nil shape that the caller frees, and -208.
-      return deliver(alloc_nil(), out, XGWKB_E_NIL_AS_WKB);
-    case XGWKB_TYPE_LINESTRING:
-      return line_boundary(shape, out);
-    case XGWKB_TYPE_POLYGON:
-    case XGWKB_TYPE_MULTIPOLYGON:
-      return area_boundary(shape, out);
-    case XGWKB_TYPE_MULTILINESTRING:
-      return guarded([&] { return multiline_boundary(shape, out); });
-    default:
-      return XGWKB_E_INVALID_SHAPE;
-  }
+  return guarded([&]() -> int32_t {
+    switch (shape_type(shape)) {
+      case XGWKB_TYPE_POINT:
+      case XGWKB_TYPE_MULTIPOINT:
+        // A point has no boundary: a nil shape that the caller frees, and -208.
+        return deliver(alloc_nil(), out, XGWKB_E_NIL_AS_WKB);
+      case XGWKB_TYPE_LINESTRING:
+        return line_boundary(shape, out);
+      case XGWKB_TYPE_POLYGON:
+      case XGWKB_TYPE_MULTIPOLYGON:
+        return area_boundary(shape, out);
+      case XGWKB_TYPE_MULTILINESTRING:
+        return multiline_boundary(shape, out);
+      default:
+        return XGWKB_E_INVALID_SHAPE;
+    }
+  });
 }
 
 }  // extern "C"

@@ -208,38 +208,41 @@ int32_t as_predicate(int32_t answer) { return answer == 1 ? 1 : 0; }
 
 extern "C" {
 
-int32_t xgWKB_shape_is_disjoint(const unsigned char* a, const unsigned char* b, double t) {
+int32_t xgWKB_shape_is_disjoint(const unsigned char* a, const unsigned char* b, double t) noexcept {
   return as_predicate(run_cell(kDisjoint, a, b, t));
 }
 
-int32_t xgWKB_shape_is_intersecting(const unsigned char* a, const unsigned char* b, double t) {
+int32_t xgWKB_shape_is_intersecting(const unsigned char* a, const unsigned char* b,
+                                    double t) noexcept {
   const uint32_t ta = shape_type(a);
   const uint32_t tb = shape_type(b);
   if (!is_geometry_type(ta) || !is_geometry_type(tb)) return 0;
   return run_cell(kDisjoint, a, b, t) == 0 ? 1 : 0;
 }
 
-int32_t xgWKB_shape_is_within(const unsigned char* a, const unsigned char* b, double t) {
+int32_t xgWKB_shape_is_within(const unsigned char* a, const unsigned char* b, double t) noexcept {
   return as_predicate(run_cell(kWithin, a, b, t));
 }
 
-int32_t xgWKB_shape_is_containing(const unsigned char* a, const unsigned char* b, double t) {
+int32_t xgWKB_shape_is_containing(const unsigned char* a, const unsigned char* b,
+                                  double t) noexcept {
   return as_predicate(run_cell(kWithin, b, a, t));
 }
 
-int32_t xgWKB_shape_is_crossing(const unsigned char* a, const unsigned char* b, double t) {
+int32_t xgWKB_shape_is_crossing(const unsigned char* a, const unsigned char* b, double t) noexcept {
   return as_predicate(run_cell(kCrossing, a, b, t));
 }
 
-int32_t xgWKB_shape_is_overlapping(const unsigned char* a, const unsigned char* b, double t) {
+int32_t xgWKB_shape_is_overlapping(const unsigned char* a, const unsigned char* b,
+                                   double t) noexcept {
   return as_predicate(run_cell(kOverlapping, a, b, t));
 }
 
-int32_t xgWKB_shape_is_touching(const unsigned char* a, const unsigned char* b, double t) {
+int32_t xgWKB_shape_is_touching(const unsigned char* a, const unsigned char* b, double t) noexcept {
   return as_predicate(run_cell(kTouching, a, b, t));
 }
 
-int32_t xgWKB_shape_find_relation(void) {
+int32_t xgWKB_shape_find_relation(void) noexcept {
   return 0;  // reserved entry point
 }
 

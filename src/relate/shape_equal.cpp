@@ -95,6 +95,7 @@ bool shapes_equal(const byte* a, const byte* b, double t) {
 
 }  // namespace
 
-extern "C" int32_t xgWKB_shape_is_equal(const unsigned char* a, const unsigned char* b, double t) {
+extern "C" int32_t xgWKB_shape_is_equal(const unsigned char* a, const unsigned char* b,
+                                        double t) noexcept {
   return shapes_equal(a, b, t) ? 1 : 0;
 }

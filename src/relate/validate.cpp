@@ -193,7 +193,8 @@ Verdict check_multiline(const byte* multi) {
 
 }  // namespace
 
-extern "C" uint32_t xgWKB_shape_check_WKBdata(const unsigned char* shape, int32_t* status) {
+extern "C" uint32_t xgWKB_shape_check_WKBdata(const unsigned char* shape,
+                                              int32_t* status) noexcept {
   // Intended: some codes are ORed into the caller's status word rather than assigned, so callers
   // preset it to 0.
   if (shape == nullptr) {

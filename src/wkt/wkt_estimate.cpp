@@ -77,13 +77,13 @@ using namespace xg;
 
 extern "C" {
 
-int32_t xgWKB_shape_get_WKT_type(const char* wkt, int32_t* type) {
+int32_t xgWKB_shape_get_WKT_type(const char* wkt, int32_t* type) noexcept {
   if (wkt == nullptr || type == nullptr) return XGWKB_E_NULL_POINTER;
   *type = static_cast<int32_t>(wkt_keyword_code(wkt));
   return XGWKB_OK;
 }
 
-int32_t xgWKB_shape_get_WKT_size(const char* wkt, int32_t* size) {
+int32_t xgWKB_shape_get_WKT_size(const char* wkt, int32_t* size) noexcept {
   if (wkt == nullptr || size == nullptr) return XGWKB_E_NULL_POINTER;
   if (is_wkt_empty_text(wkt)) {
     *size = static_cast<int32_t>(kHeaderSize);

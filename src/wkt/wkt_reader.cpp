@@ -7,6 +7,7 @@
 #include <new>
 #include <vector>
 
+#include "core/boundary.h"
 #include "wkt/number_format.h"
 #include "wkt/wkt_keywords.h"
 
@@ -177,15 +178,15 @@ byte* build_blob(uint32_t type, const Gathered& g) {
 
 byte* read_wkt_geometry(const char* text, uint32_t type) {
   if (!is_geometry_type(type)) return nullptr;
-  try {
-    Gathered g;
-    if (!gather(text, type, g) || g.points.empty()) return nullptr;
-    // Counts are stored as u32.
-    if (g.points.size() > UINT32_MAX) return nullptr;
-    return build_blob(type, g);
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  Gathered g;
+  if (!gather(text, type, g) || g.points.empty()) return nullptr;
+  // Counts are stored as u32.
+  if (g.points.size() > UINT32_MAX) return nullptr;
+  byte* blob = build_blob(type, g);
+  // Running out of memory is no flaw of the text: it is reported as such, not as a text without
+  // a shape.
+  if (blob == nullptr) throw std::bad_alloc();
+  return blob;
 }
 
 }  // namespace xg
@@ -194,25 +195,27 @@ using namespace xg;
 
 extern "C" {
 
-int32_t xgWKB_shape_generate_from_WKT(const char* wkt, unsigned char** shape) {
+int32_t xgWKB_shape_generate_from_WKT(const char* wkt, unsigned char** shape) noexcept {
   if (wkt == nullptr || shape == nullptr) return XGWKB_E_NULL_POINTER;
-  if (is_wkt_empty_text(wkt)) {
-    byte* nil = blob_alloc(kHeaderSize);
-    if (nil == nullptr) return XGWKB_E_FAILED;
-    write_header(nil, XGWKB_TYPE_NIL);
-    *shape = nil;
+  return guarded([&]() -> int32_t {
+    if (is_wkt_empty_text(wkt)) {
+      byte* nil = blob_alloc(kHeaderSize);
+      if (nil == nullptr) return kOutOfMemory;
+      write_header(nil, XGWKB_TYPE_NIL);
+      *shape = nil;
+      return XGWKB_OK;
+    }
+    const uint32_t type = wkt_keyword_code(wkt);
+    if (!is_geometry_type(type)) return XGWKB_E_INVALID_ENTITY;
+    // Intended: a geometry text that does not follow the dialect makes no shape and is not
+    // reported; the status stays 0 and callers test the out-pointer.
+    byte* blob = read_wkt_geometry(wkt, type);
+    if (blob != nullptr) *shape = blob;
     return XGWKB_OK;
-  }
-  const uint32_t type = wkt_keyword_code(wkt);
-  if (!is_geometry_type(type)) return XGWKB_E_INVALID_ENTITY;
-  // Intended: a geometry text that does not follow the dialect makes no shape and is not
-  // reported; the status stays 0 and callers test the out-pointer.
-  byte* blob = read_wkt_geometry(wkt, type);
-  if (blob != nullptr) *shape = blob;
-  return XGWKB_OK;
+  });
 }
 
-int32_t xgWKB_shape_check_WKTdata(const char*) {
+int32_t xgWKB_shape_check_WKTdata(const char*) noexcept {
   // Intended: an entry point that always succeeds; callers use it as a no-op check.
   return XGWKB_OK;
 }

@@ -14,7 +14,8 @@
 namespace xg {
 
 // Reads a text whose keyword names geometry type `type` (1-6) into a new blob (malloc'ed), or
-// returns nullptr when the text does not follow the dialect or memory runs out.
+// returns nullptr when the text does not follow the dialect.  Throws std::bad_alloc when memory
+// runs out.
 byte* read_wkt_geometry(const char* text, uint32_t type);
 
 }  // namespace xg

@@ -130,7 +130,7 @@ using namespace xg;
 
 extern "C" {
 
-int32_t xgWKB_shape_generate_to_WKT(const unsigned char* shape, char** wkt) {
+int32_t xgWKB_shape_generate_to_WKT(const unsigned char* shape, char** wkt) noexcept {
   if (shape == nullptr || wkt == nullptr) return XGWKB_E_NULL_POINTER;
   if (!is_geometry_type(shape_type(shape))) return XGWKB_E_INVALID_ENTITY;
   return guarded([&] {
@@ -145,6 +145,6 @@ int32_t xgWKB_shape_generate_to_WKT(const unsigned char* shape, char** wkt) {
   });
 }
 
-void xgWKB_shape_free_WKT(char* wkt) { std::free(wkt); }
+void xgWKB_shape_free_WKT(char* wkt) noexcept { std::free(wkt); }
 
 }  // extern "C"
