@@ -651,6 +651,30 @@ XGGEO_API int32_t xgWKB_shape_find_relation(void);
 /* Linear referencing and snapping                                                            */
 /* ------------------------------------------------------------------------------------------ */
 
+/* The point at fraction f of a linestring's length, written to *out; allocates nothing.
+ * f = 0 gives the first point and f = 1 the last.  Up to one half the walk runs from the start
+ * over segments (i-1, i); above one half it runs back from the end, measuring segments (k-1, k)
+ * for k = n-2 down to 1 (the last segment is never measured) and placing the point on segment
+ * (k, k+1).  A target exactly on a vertex matches no segment (the tests are strict).  The shape
+ * is read as a linestring whatever its type.
+ * Returns 0; -65 line or out null; -66 f above 1; -1 no segment holds the target (a negative
+ * or NaN f, an empty line, the backward walk running out). */
+XGGEO_API int32_t xgWKB_shape_find_along(const unsigned char *line, double fraction, _xgWKB_POINT *out);
+
+/* Snap modes, OR-ed: vertices, edges, end points. */
+enum { XGWKB_SNAP_VERTEX = 1, XGWKB_SNAP_EDGE = 2, XGWKB_SNAP_END = 4 };
+
+/* Moves p onto the shape, trying the modes given in the order end points, vertices, edges; the
+ * first that succeeds writes *out.  End points (line types): the first or last point of a line
+ * whose ends differ (by 0.0001 or more), when p is closer than t; a closed line never snaps to
+ * its ends.  Vertices (every geometry type): a vertex within t on both axes.  Edges (line and
+ * polygon types): p within t of a segment or vertex; *out is the foot of the perpendicular from
+ * p on the line of that segment (of the segment starting at the vertex; the last vertex uses the
+ * last segment).  Parts and rings are tried in order; the first hit wins.  Allocates nothing.
+ * Returns 0 snapped; -65 shape, p or out null; -1 nothing within t (or no mode given). */
+XGGEO_API int32_t xgWKB_shape_snap_point(const unsigned char *shape, const _xgWKB_POINT *p, double t,
+                                         int32_t modes, _xgWKB_POINT *out);
+
 /* ------------------------------------------------------------------------------------------ */
 /* Text annotations and dimensions                                                            */
 /* ------------------------------------------------------------------------------------------ */
