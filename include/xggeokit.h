@@ -635,6 +635,47 @@ XGGEO_API int32_t xgWKB_shape_find_relation(void);
 /* Relations between an envelope and a shape                                                  */
 /* ------------------------------------------------------------------------------------------ */
 
+/* How a shape stands to the rectangle of an envelope blob (the 37-byte blob of
+ * xgWKB_shape_generate_envelope; only its four doubles are read), the shape being the subject:
+ * within means the shape lies within the rectangle, containing that it contains the rectangle.
+ * Each returns 1 or 0 and never fails; the pointers are not tested.  Built from box tests with
+ * tolerance t: a vertex is inside when it lies more than t inside every edge, on the boundary
+ * when it lies closer than t to an edge's line within the edge's span, outside only when it
+ * lies beyond an edge (exactly, t unused); segments are clipped with a fixed margin of 0.0001.
+ * Lines, polygons and their multi-types first test their box: apart from the rectangle by more
+ * than t, they are disjoint and nothing else.  Types outside 1-6 give 0 everywhere.  Defined
+ * per predicate as noted; the other types give 0. */
+
+/* No point in common.  Points and multipoints: every point outside the rectangle (exactly). */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_disjoint(const unsigned char *shape,
+                                                    const unsigned char *envelope, double t);
+
+/* Exactly the negation of xgWKB_shape_envelope_is_disjoint for types 1-6, 0 for other types. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_intersecting(const unsigned char *shape,
+                                                        const unsigned char *envelope, double t);
+
+/* The shape lies within the rectangle.  Deliberately partial for multipoints: the point that is
+ * first found inside is examined twice and the last point never. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_within(const unsigned char *shape,
+                                                  const unsigned char *envelope, double t);
+
+/* The shape contains the rectangle: polygons and multipolygons only. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_containing(const unsigned char *shape,
+                                                      const unsigned char *envelope, double t);
+
+/* The shape is partly inside, partly outside the rectangle: line types and multipoints only. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_crossing(const unsigned char *shape,
+                                                    const unsigned char *envelope, double t);
+
+/* Polygon and rectangle share area and each has area outside the other: polygon types only. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_overlapping(const unsigned char *shape,
+                                                       const unsigned char *envelope, double t);
+
+/* The shape meets the rectangle's boundary (within t) but not its interior.  A closed
+ * linestring's ends do not count as its boundary. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_touching(const unsigned char *shape,
+                                                    const unsigned char *envelope, double t);
+
 /* ------------------------------------------------------------------------------------------ */
 /* Polygon overlay                                                                            */
 /* ------------------------------------------------------------------------------------------ */
