@@ -135,7 +135,7 @@ bool snap_to_ends(const byte* shape, const _xgWKB_POINT& p, double t, _xgWKB_POI
     if (n == 0) return false;
     const _xgWKB_POINT first = line.point(0);
     const _xgWKB_POINT last = line.point(n - 1);
-    if (wkb_point_equal_tol(first, last, kFixedTolerance)) return false;
+    if (wkb_point_equal_tol(first, last, kFixedTolerance)) return false;  // fixed, not t: intended
     if (distance(p, first) < t) {
       *out = first;
       return true;

@@ -63,6 +63,7 @@ int env_edge_of(const _xgWKB_POINT& v, const _xgWKB_BOX& e, double t) {
 }
 
 uint32_t env_outcode(const _xgWKB_POINT& v, const _xgWKB_BOX& e) {
+  // The fixed margin, not t: intended, the clipper ignores the caller's tolerance.
   uint32_t code = 0;
   if (v.x + kFixedTolerance < e.minx) {
     code |= kOutLeft;
@@ -170,9 +171,17 @@ EnvRunFacts env_run_facts(const Span& run, const _xgWKB_BOX& e, double t) {
   f.any_outside = f.vertex_outside;
   if (f.apart) return f;
   f.all_along = true;
+  // A segment apart from E by more than both t and the clipping margin is outside: no vertex of
+  // it is inside or on an edge (even with a negative t, which grows the inside test), the
+  // clipper finds a side both ends share, and every segment test fails its pre-test.
+  const double far = std::fabs(t) > kFixedTolerance ? std::fabs(t) : kFixedTolerance;
   for (uint32_t i = 1; i < run.n; ++i) {
     const _xgWKB_POINT& a = run.p[i - 1];
     const _xgWKB_POINT& b = run.p[i];
+    if (env_apart(segment_box(a, b), e, far)) {
+      f.all_along = false;
+      continue;
+    }
     if (!f.any_on || !f.any_outside) {
       const int c = env_classify_segment(a, b, e, t);
       if (c == -1) f.any_on = f.any_outside = true;
@@ -191,7 +200,7 @@ EnvLineStand env_line_stand(const Span& run, const _xgWKB_BOX& e, double t) {
   const bool closed = run.n >= 2 && wkb_point_equal_tol(run.p[0], run.p[run.n - 1], t);
   if (closed || run.n == 0) return s;
   for (const _xgWKB_POINT& end : {run.p[0], run.p[run.n - 1]}) {
-    if (env_vertex_inside(end, e, kFixedTolerance)) s.end_inside = true;
+    if (env_vertex_inside(end, e, kFixedTolerance)) s.end_inside = true;  // fixed, not t: intended
     if (env_vertex_on_boundary(end, e, t)) s.end_on = true;
     if (env_vertex_outside(end, e)) s.end_outside = true;
   }
