@@ -66,7 +66,6 @@ TEST(EnvelopeRelations, PointsAtTheEdgesOfTheTolerance) {
                       {"half t outside: touching and disjoint", point(-0.0005, 5), 0.001, "1000001"},
                       {"inside by exactly t is not inside", point(1, 5), 1, "0100000"},
                       {"just beyond a corner: no edge", point(-0.5, 10.5), 2, "1000000"},
-                      {"outside", point(20, 5), 0.001, "1000000"},
                   });
 }
 
@@ -87,7 +86,6 @@ TEST(EnvelopeRelations, LinesByTheirVerticesSegmentsAndEnds) {
                       {"outside, within the clipping margin",
                        linestring({{-0.00005, 2}, {-0.00005, 8}, {-1, 12}, {5, 12}}), 1e-6, "0100001"},
                       {"around the box", linestring({{-1, -1}, {11, -1}, {11, 11}, {-1, 11}}), 0.001, "1000000"},
-                      {"far", linestring({{20, 20}, {30, 30}}), 0.001, "1000000"},
                   });
 }
 
@@ -123,7 +121,6 @@ TEST(EnvelopeRelations, MultipointWalksAndTheDeliberateSkipOfTheLastPoint) {
                       {"an outside point before it is", mp({{5, 5}, {50, 50}, {6, 6}}), 0.001, "0100100"},
                       {"first point outside", mp({{50, 50}, {5, 5}, {6, 6}}), 0.001, "0100100"},
                       {"one point inside", mp({{5, 5}}), 0.001, "0110000"},
-                      {"all inside", mp({{5, 5}, {6, 6}}), 0.001, "0110000"},
                       {"inside point last", mp({{0, 5}, {5, 5}}), 0.001, "0110000"},
                       {"on the boundary and outside", mp({{0, 5}, {50, 50}}), 0.001, "0100001"},
                       {"on the boundary and inside", mp({{0, 5}, {5, 5}, {1, 1}}), 0.001, "0110000"},

@@ -76,9 +76,13 @@ TEST(FindAlong, WalksForwardUpToOneHalfAndBackwardWithItsOwnSegmentPairingAbove)
 
 TEST(FindAlong, RefusesNullAndReadsOtherTypesNoFurtherThanTheirBytes) {
   _xgWKB_POINT out{};
+  const _xgWKB_POINT p{0, 0};
   const Bytes line = linestring({{0, 0}, {1, 0}});
   EXPECT_EQ(xgWKB_shape_find_along(nullptr, 0.5, &out), XGWKB_E_NULL_POINTER);
   EXPECT_EQ(xgWKB_shape_find_along(line.data(), 0.5, nullptr), XGWKB_E_NULL_POINTER);
+  EXPECT_EQ(xgWKB_shape_snap_point(nullptr, &p, 1, 7, &out), XGWKB_E_NULL_POINTER);
+  EXPECT_EQ(xgWKB_shape_snap_point(line.data(), nullptr, 1, 7, &out), XGWKB_E_NULL_POINTER);
+  EXPECT_EQ(xgWKB_shape_snap_point(line.data(), &p, 1, 7, nullptr), XGWKB_E_NULL_POINTER);
   // Read as linestrings; the sanitizer build catches a read past the blob.
   for (const Bytes& other : {point(1e300, 2), nil(), header(XGWKB_TYPE_ENVELOPE), multi(XGWKB_TYPE_MULTIPOINT, {}),
                              polygon({square(0, 0, 1)})}) {
@@ -138,13 +142,4 @@ TEST(SnapPoint, TriesEndPointsThenVerticesThenEdges) {
       {"nil", nil(), {0, 0}, 0.1, kAll, XGWKB_E_FAILED, {}},
   };
   for (const auto& c : cases) expect_found(snap(c.shape, c.p, c.t, c.modes), c.status, c.out, c.what);
-}
-
-TEST(SnapPoint, RefusesNullPointers) {
-  const Bytes line = linestring({{0, 0}, {1, 0}});
-  const _xgWKB_POINT p{0, 0};
-  _xgWKB_POINT out{};
-  EXPECT_EQ(xgWKB_shape_snap_point(nullptr, &p, 1, 7, &out), XGWKB_E_NULL_POINTER);
-  EXPECT_EQ(xgWKB_shape_snap_point(line.data(), nullptr, 1, 7, &out), XGWKB_E_NULL_POINTER);
-  EXPECT_EQ(xgWKB_shape_snap_point(line.data(), &p, 1, 7, nullptr), XGWKB_E_NULL_POINTER);
 }
