@@ -129,6 +129,11 @@ run wktsize -a "multipoint (1 2,3 4)"
 # Hull, distance and merge
 
 # Linear referencing, snapping and envelope relations
+show "The point three quarters along a line, and a point snapped onto a line's end"
+run along 0.75 -a "linestring (0 0,1 0,3 0)"
+run snap 0.05 0.01 0.1 7 -a "linestring (0 0,10 0,10 10)"
+show "A line entering a box crosses it"
+run envelope crosses 0 0 10 10 -a "linestring (-5 5,5 5)"
 
 # Annotations
 

@@ -689,6 +689,47 @@ XGGEO_API int32_t xgWKB_shape_find_relation(void) XGGEO_NOEXCEPT;
 /* Relations between an envelope and a shape                                                  */
 /* ------------------------------------------------------------------------------------------ */
 
+/* How a shape stands to the rectangle of an envelope blob (the 37-byte blob of
+ * xgWKB_shape_generate_envelope; only its four doubles are read), the shape being the subject:
+ * within means the shape lies within the rectangle, containing that it contains the rectangle.
+ * Each returns 1 or 0 and never fails; the pointers are not tested.  Built from box tests with
+ * tolerance t: a vertex is inside when it lies more than t inside every edge, on the boundary
+ * when it lies closer than t to an edge's line within the edge's span, outside only when it
+ * lies beyond an edge (exactly, t unused); segments are clipped with a fixed margin of 0.0001.
+ * Lines, polygons and their multi-types first test their box: apart from the rectangle by more
+ * than t, they are disjoint and nothing else.  Types outside 1-6 give 0 everywhere.  Defined
+ * per predicate as noted; the other types give 0. */
+
+/* No point in common.  Points and multipoints: every point outside the rectangle (exactly). */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_disjoint(const unsigned char *shape,
+                                                    const unsigned char *envelope, double t) XGGEO_NOEXCEPT;
+
+/* Exactly the negation of xgWKB_shape_envelope_is_disjoint for types 1-6, 0 for other types. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_intersecting(const unsigned char *shape,
+                                                        const unsigned char *envelope, double t) XGGEO_NOEXCEPT;
+
+/* The shape lies within the rectangle.  Deliberately partial for multipoints: the point that is
+ * first found inside is examined twice and the last point never. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_within(const unsigned char *shape,
+                                                  const unsigned char *envelope, double t) XGGEO_NOEXCEPT;
+
+/* The shape contains the rectangle: polygons and multipolygons only. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_containing(const unsigned char *shape,
+                                                      const unsigned char *envelope, double t) XGGEO_NOEXCEPT;
+
+/* The shape is partly inside, partly outside the rectangle: line types and multipoints only. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_crossing(const unsigned char *shape,
+                                                    const unsigned char *envelope, double t) XGGEO_NOEXCEPT;
+
+/* Polygon and rectangle share area and each has area outside the other: polygon types only. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_overlapping(const unsigned char *shape,
+                                                       const unsigned char *envelope, double t) XGGEO_NOEXCEPT;
+
+/* The shape meets the rectangle's boundary (within t) but not its interior.  A closed
+ * linestring's ends do not count as its boundary. */
+XGGEO_API uint32_t xgWKB_shape_envelope_is_touching(const unsigned char *shape,
+                                                    const unsigned char *envelope, double t) XGGEO_NOEXCEPT;
+
 /* ------------------------------------------------------------------------------------------ */
 /* Polygon overlay                                                                            */
 /* ------------------------------------------------------------------------------------------ */
@@ -704,6 +745,30 @@ XGGEO_API int32_t xgWKB_shape_find_relation(void) XGGEO_NOEXCEPT;
 /* ------------------------------------------------------------------------------------------ */
 /* Linear referencing and snapping                                                            */
 /* ------------------------------------------------------------------------------------------ */
+
+/* The point at fraction f of a linestring's length, written to *out; allocates nothing.
+ * f = 0 gives the first point and f = 1 the last.  Up to one half the walk runs from the start
+ * over segments (i-1, i); above one half it runs back from the end, measuring segments (k-1, k)
+ * for k = n-2 down to 1 (the last segment is never measured) and placing the point on segment
+ * (k, k+1).  A target exactly on a vertex matches no segment (the tests are strict).  The shape
+ * is read as a linestring whatever its type.
+ * Returns 0; -65 line or out null; -66 f above 1; -1 no segment holds the target (a negative
+ * or NaN f, an empty line, the backward walk running out). */
+XGGEO_API int32_t xgWKB_shape_find_along(const unsigned char *line, double fraction, _xgWKB_POINT *out) XGGEO_NOEXCEPT;
+
+/* Snap modes, OR-ed: vertices, edges, end points. */
+enum { XGWKB_SNAP_VERTEX = 1, XGWKB_SNAP_EDGE = 2, XGWKB_SNAP_END = 4 };
+
+/* Moves p onto the shape, trying the modes given in the order end points, vertices, edges; the
+ * first that succeeds writes *out.  End points (line types): the first or last point of a line
+ * whose ends differ (by 0.0001 or more), when p is closer than t; a closed line never snaps to
+ * its ends.  Vertices (every geometry type): a vertex within t on both axes.  Edges (line and
+ * polygon types): p within t of a segment or vertex; *out is the foot of the perpendicular from
+ * p on the line of that segment (of the segment starting at the vertex; the last vertex uses the
+ * last segment).  Parts and rings are tried in order; the first hit wins.  Allocates nothing.
+ * Returns 0 snapped; -65 shape, p or out null; -1 nothing within t (or no mode given). */
+XGGEO_API int32_t xgWKB_shape_snap_point(const unsigned char *shape, const _xgWKB_POINT *p, double t,
+                                         int32_t modes, _xgWKB_POINT *out) XGGEO_NOEXCEPT;
 
 /* ------------------------------------------------------------------------------------------ */
 /* Text annotations and dimensions                                                            */

@@ -68,6 +68,13 @@ TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines)
       // Buffer and clipping
       // Hull, distance and merge
       // Linear referencing, snapping and envelope relations
+      {"along 0.75 -a 'linestring (0 0,1 0,3 0)'", "", "1.5 0\n"},
+      {"along 0.5 -a 'linestring (0 0,1 0,2 0)'", "", "", 1, "status -1"},  // on the middle vertex
+      {"snap 0.05 0.01 0.1 7 -a 'linestring (0 0,10 0,10 10)'", "", "0 0\n"},
+      {"snap 5 -0.05 0.1 2 -a 'linestring (0 0,10 0,10 10)'", "", "5 0\n"},
+      {"envelope within 0 0 10 10", "multipoint (5 5,6 6,50 50)\nlinestring (-5 5,5 5)\n", "true\nfalse\n"},
+      {"envelope touches 0 0 10 10 0.001 -a 'point (-0.0005 5)'", "", "true\n"},
+      {"envelope near 0 0 10 10 -a 'point (1 1)'", "", "", 2, "unknown relation"},
       // Annotations
       // Coordinate codec
   };

@@ -306,6 +306,12 @@ const Op kOperations[] = {
     // Buffer and clipping
     // Hull, distance and merge
     // Linear referencing, snapping and envelope relations
+    {"along", Inputs::kShape, 1, 1, "F", "the point at fraction F of a linestring's length", op_along},
+    {"snap", Inputs::kShape, 4, 4, "X Y T MODES",
+     "X Y snapped onto the shape within T; MODES adds 4 end points, 1 vertices, 2 edges", op_snap},
+    {"envelope", Inputs::kShape, 5, 6, "REL MINX MINY MAXX MAXY [TOL]",
+     "whether the shape REL (disjoint, intersects, within, contains, crosses, overlaps, touches) the box",
+     op_envelope},
     // Annotations
     // Coordinate codec
 };

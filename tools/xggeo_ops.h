@@ -105,6 +105,9 @@ struct Op {
 // Buffer and clipping
 // Hull, distance and merge
 // Linear referencing, snapping and envelope relations
+int32_t op_along(const Operands& in, const Args& args, Output& out);
+int32_t op_snap(const Operands& in, const Args& args, Output& out);
+int32_t op_envelope(const Operands& in, const Args& args, Output& out);
 // Annotations
 // Coordinate codec
 

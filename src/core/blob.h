@@ -73,6 +73,13 @@ inline void store_point(byte* p, const _xgWKB_POINT& pt) {
   store_f64(p + 8, pt.y);
 }
 
+// The rectangle of an envelope blob: minx, miny, maxx, maxy at offsets 5, 13, 21 and 29 (the
+// type code is not looked at).
+inline _xgWKB_BOX load_envelope(const byte* envelope) {
+  const byte* at = envelope + kHeaderSize;
+  return _xgWKB_BOX{load_f64(at), load_f64(at + 8), load_f64(at + 16), load_f64(at + 24)};
+}
+
 // ---- header and counts -------------------------------------------------------------------
 
 inline uint32_t shape_type(const byte* s) { return load_u32(s + 1); }

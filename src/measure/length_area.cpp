@@ -6,6 +6,7 @@
 
 #include "core/blob.h"
 #include "core/point_primitives.h"
+#include "measure/length.h"
 
 using namespace xg;
 
@@ -96,10 +97,9 @@ int32_t failed(double* out, int32_t status) {
 
 }  // namespace
 
-extern "C" {
+namespace xg {
 
-int32_t xgWKB_shape_get_length(const unsigned char* shape, int32_t part, double* length) noexcept {
-  if (length == nullptr) return XGWKB_E_NULL_POINTER;
+int32_t shape_length(const byte* shape, int32_t part, double* length) {
   if (shape == nullptr) return failed(length, XGWKB_E_NULL_POINTER);
   const uint32_t type = shape_type(shape);
   switch (type) {
@@ -123,6 +123,15 @@ int32_t xgWKB_shape_get_length(const unsigned char* shape, int32_t part, double*
     default:
       return failed(length, XGWKB_E_INVALID_SHAPE);
   }
+}
+
+}  // namespace xg
+
+extern "C" {
+
+int32_t xgWKB_shape_get_length(const unsigned char* shape, int32_t part, double* length) noexcept {
+  if (length == nullptr) return XGWKB_E_NULL_POINTER;
+  return shape_length(shape, part, length);
 }
 
 int32_t xgWKB_shape_get_area(const unsigned char* shape, int32_t part, double* area) noexcept {
