@@ -70,11 +70,32 @@ TEST(RelateDegenerate, EmptyAndShortPartsAreReadWithinTheirBlobs) {
   const std::vector<Bytes> shapes = {
       point(0, 0),  linestring({}),  linestring({{0, 0}}), linestring({{0, 0}, {0, 0}}), polygon({}), polygon({{}}),
       polygon({{{0, 0}, {1, 1}}}), polygon({square(-1, -1, 2), {}}), multi(XGWKB_TYPE_MULTIPOINT, {}),
-      multiline({{}}), multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({})}), multi(XGWKB_TYPE_MULTIPOLYGON, {})};
+      multiline({{}}), multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({})}), multi(XGWKB_TYPE_MULTIPOLYGON, {}),
+      multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1)}),
+      multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({}), polygon({square(-1, -1, 2)}), polygon({})})};
   for (const Bytes& a : shapes) {
     for (const Bytes& b : shapes) {
       const Misaligned ma(a), mb(b);
       for (Predicate p : kAll) EXPECT_LE(static_cast<uint32_t>(p(ma.data(), mb.data(), kT)), 1u);
+    }
+  }
+}
+
+TEST(RelateDegenerate, ShapesWithoutRingsHaveNoPoints) {
+  const Bytes no_rings[] = {polygon({}), multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({})}),
+                            multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({}), polygon({})})};
+  const Bytes others[] = {point(5, 5), multi(XGWKB_TYPE_MULTIPOINT, {point(5, 5), point(0, 0)}),
+                          linestring({{0, 0}, {10, 10}}), kSquare, multiline({{{0, 0}, {10, 10}}}),
+                          multi(XGWKB_TYPE_MULTIPOLYGON, {kSquare})};
+  for (const Bytes& e : no_rings) {
+    for (const Bytes& o : others) {
+      const Misaligned me(e), mo(o);
+      for (const auto& [a, b] : {std::pair{me.data(), mo.data()}, std::pair{mo.data(), me.data()}}) {
+        std::vector<int32_t> got;  // the eight predicates in the order of kAll
+        for (Predicate p : kAll) got.push_back(p(a, b, kT));
+        EXPECT_EQ(got, std::vector<int32_t>({1, 0, 0, 0, 0, 0, 0, 0}))
+            << "types " << int(e[1]) << ", " << int(o[1]) << (a == me.data() ? "" : " exchanged");
+      }
     }
   }
 }
