@@ -278,13 +278,14 @@ class ContactWalk {
     }
     lo = std::max(lo, from);
     hi = std::min(hi, to);
-    if (locate_stretch(s, from, lo, loc, hit, known)) return true;
+    // The parts beyond the band hold at most half the stretch each (the midpoint is in it).
+    if (lo > from && locate_stretch(s, from, lo, loc, hit, known)) return true;
     *known = false;
     if ((hi - lo) * s.len > s.shortest &&
         stretch(here, near, lerp(s.p, s.q, lo), lerp(s.p, s.q, hi), s.x_left)) {
       return true;
     }
-    return locate_stretch(s, hi, to, loc, hit, known);
+    return hi < to && locate_stretch(s, hi, to, loc, hit, known);
   }
 
   bool walk() {
