@@ -182,7 +182,8 @@ TEST(RelateNearParallel, EdgesPlacedBetweenHalfTAndTwiceTFromEachOther) {
   const Predicate preds[] = {xgWKB_shape_is_within, xgWKB_shape_is_overlapping, xgWKB_shape_is_crossing,
                              xgWKB_shape_is_touching, xgWKB_shape_is_disjoint};
   for (int trial = 0; trial < 300; ++trial) {
-    const double size = std::pow(10.0, real(-1, 3)), t = size * std::pow(10.0, real(-9, -4)), m = real(0.3, 0.9);
+    const double size = std::pow(10.0, real(-1, 3)), t = size * std::pow(10.0, real(-9, -4));
+    const double m = real(0.3, 0.9);
     const double turn = real(0, 2 * M_PI), ox = real(-1e3, 1e3), oy = real(-1e3, 1e3);
     const double near = real(0.5, 1) * t / size, far = real(1.2, 2) * t / size;
     auto place = [&](Ring r) {
@@ -192,9 +193,12 @@ TEST(RelateNearParallel, EdgesPlacedBetweenHalfTAndTwiceTFromEachOther) {
       }
       return r;
     };
-    auto slant = [&](double dy) { return polygon({place({{0, 0}, {m, dy}, {m + 0.1, -0.5}, {2, -0.5}, {2, 2}, {-0.5, 2}, {0, 0}})}); };
+    auto slant = [&](double dy) {
+      return polygon({place({{0, 0}, {m, dy}, {m + 0.1, -0.5}, {2, -0.5}, {2, 2}, {-0.5, 2}, {0, 0}})});
+    };
     auto flat = [&](double dy) { return polygon({place({{-0.5, dy}, {2, dy}, {2, 2}, {-0.5, 2}, {-0.5, dy}})}); };
-    const Bytes tri = polygon({place({{0, 0}, {1, 0}, {0.5, 0.5}, {0, 0}})}), base = linestring(place({{0, 0}, {1, 0}}));
+    const Bytes tri = polygon({place({{0, 0}, {1, 0}, {0.5, 0.5}, {0, 0}})});
+    const Bytes base = linestring(place({{0, 0}, {1, 0}}));
     const struct { const char* name; Bytes a, b; const char* want; } cases[] = {
         // within(a, b), overlapping, crossing, touching, disjoint; '-' not asked.
         {"triangle, edge slanting off outside", tri, slant(-far), "10-00"},
@@ -209,7 +213,8 @@ TEST(RelateNearParallel, EdgesPlacedBetweenHalfTAndTwiceTFromEachOther) {
     };
     for (const auto& c : cases) {
       std::string got;
-      for (int i = 0; i < 5; ++i) got += c.want[i] == '-' ? '-' : static_cast<char>('0' + preds[i](c.a.data(), c.b.data(), t));
+      for (int i = 0; i < 5; ++i)
+        got += c.want[i] == '-' ? '-' : static_cast<char>('0' + preds[i](c.a.data(), c.b.data(), t));
       ASSERT_EQ(got, c.want) << c.name << " at trial " << trial << ", t " << t;
     }
   }
