@@ -408,12 +408,12 @@ XGGEO_API int32_t xgWKB_shape_get_centroid(const unsigned char *shape,
 
 /* Checks that a shape is a well-formed geometry: lines do not double back, rings are closed and
  * simple, holes lie inside their shell without overlapping or cutting the interior apart, members
- * of a multipolygon do not overlap.  Returns 1 valid, 0 invalid or not a geometry.  *status gets
- * the code of the first rule broken (-148, -150, -151, -147, -154, -155, -82); some failures
- * (-65 for a null shape among them) are ORed into *status instead, so preset it to 0.  A type
- * other than 1-6 leaves *status untouched. */
-XGGEO_API uint32_t xgWKB_shape_check_WKBdata(const unsigned char *shape,
-                                             int32_t *status) XGGEO_NOEXCEPT;
+ * of a multipolygon do not overlap.  Holes nested in each other, two holes through the same points
+ * and a hole through the shell's points are overlapping rings (-147).  Returns 1 valid, 0 invalid
+ * or not a geometry.  *status gets the code of the first rule broken (-148, -150, -151, -147, -154,
+ * -155, -82); some failures (-65 for a null shape among them) are ORed into *status instead, so
+ * preset it to 0.  A type other than 1-6 leaves *status untouched. */
+XGGEO_API uint32_t xgWKB_shape_check_WKBdata(const unsigned char *shape, int32_t *status) XGGEO_NOEXCEPT;
 
 /* ------------------------------------------------------------------------------------------ */
 /* Well-Known Text                                                                             */

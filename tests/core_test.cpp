@@ -1,9 +1,13 @@
 // Shape blobs: sizes, walking, type queries, life cycle, extent and the error table.
 #include <gtest/gtest.h>
 
+#include <iconv.h>
+
+#include <set>
 #include <string>
 
 #include "core/blob.h"
+#include "core/error_table.h"
 #include "support/blob_builder.h"
 
 using namespace xgtest;
@@ -29,6 +33,19 @@ std::string describe(int32_t code, bool utf8 = false) {
   std::string s(msg);
   xgWKB_shape_free(msg);  // a fresh copy per call, or the sanitizers object
   return s;
+}
+
+// GBK text converted to UTF-8 by the C library, or "<iconv failed>".
+std::string gbk_to_utf8(const char* gbk) {
+  iconv_t cd = iconv_open("UTF-8", "GBK");
+  if (cd == reinterpret_cast<iconv_t>(-1)) return "<iconv failed>";
+  std::string in(gbk), out(4 * in.size() + 4, '\0');
+  char* src = in.data();
+  char* dst = out.data();
+  std::size_t left = in.size(), room = out.size();
+  const bool ok = iconv(cd, &src, &left, &dst, &room) != static_cast<std::size_t>(-1) && left == 0;
+  iconv_close(cd);
+  return ok ? out.substr(0, out.size() - room) : "<iconv failed>";
 }
 
 }  // namespace
@@ -147,4 +164,19 @@ TEST(ErrorTable, MessagesAreTheStoredBytesAndTheFirstMatchWins) {
     EXPECT_EQ(describe(code), "<none>") << code;
     EXPECT_EQ(describe(code, true), "<none>") << code;
   }
+}
+
+TEST(ErrorTable, EveryGbkMessageIsItsUtf8TwinAndEveryFirstEntryIsFound) {
+  std::size_t count = 0;
+  const xg::ErrorEntry* table = xg::error_table(&count);
+  ASSERT_EQ(count, 62u);
+  std::set<int32_t> seen;
+  for (std::size_t i = 0; i < count; ++i) {
+    const xg::ErrorEntry& e = table[i];
+    EXPECT_EQ(gbk_to_utf8(e.gbk), e.utf8) << "entry " << i + 1 << ", code " << e.code;
+    if (!seen.insert(e.code).second) continue;  // shadowed by an earlier entry
+    EXPECT_EQ(describe(e.code), e.gbk) << e.code;
+    EXPECT_EQ(describe(e.code, true), e.utf8) << e.code;
+  }
+  EXPECT_EQ(seen.size(), 60u);  // two codes appear twice
 }

@@ -6,13 +6,19 @@
 
 #include "xggeokit.h"
 
-TEST(PointEquality, StrictOnBothAxes) {
-  const _xgWKB_POINT a{1, 1}, dx{1.25, 1}, dy{1, 0.75};
-  const struct { const _xgWKB_POINT *p, *q; double t; int32_t want; } cases[] = {
-      {&a, &a, 0.0, 0},  // tolerance 0: never equal
-      {&a, &a, 1e-12, 1},      {&a, &dx, 0.25, 0},  // exactly t apart
-      {&a, &dy, 0.25, 0},      {&a, &dx, 0.2500001, 1}, {&dy, &a, 0.2500001, 1}};
-  for (const auto& c : cases) EXPECT_EQ(xgWKB_baseGeo_point_is_equal(c.p, c.q, c.t), c.want) << c.t;
+TEST(PointEquality, StrictOnEachOfTheFourSides) {
+  // t and the offsets are exact in binary, so each point below lies exactly t from a on one side.
+  const _xgWKB_POINT a{1, 1}, sides[] = {{1.25, 1}, {0.75, 1}, {1, 1.25}, {1, 0.75}};
+  const double t = 0.25;
+  for (const _xgWKB_POINT& b : sides) {
+    // Both argument orders: a lies on one side of b and b on the opposite side of a.
+    EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&a, &b, t), 0) << b.x << "," << b.y;
+    EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&b, &a, t), 0) << b.x << "," << b.y;
+    EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&a, &b, t * (1 + 1e-12)), 1) << b.x << "," << b.y;
+    EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&b, &a, t * (1 + 1e-12)), 1) << b.x << "," << b.y;
+  }
+  EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&a, &a, 0.0), 0);  // tolerance 0: never equal
+  EXPECT_EQ(xgWKB_baseGeo_point_is_equal(&a, &a, 1e-12), 1);
 }
 
 TEST(PointMoves, OffsetIsSubtracted) {

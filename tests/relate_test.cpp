@@ -2,6 +2,8 @@
 // closed lines, and the deliberately partial equality test.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <random>
 #include <string>
 
 #include "support/blob_builder.h"
@@ -68,11 +70,32 @@ TEST(RelateDegenerate, EmptyAndShortPartsAreReadWithinTheirBlobs) {
   const std::vector<Bytes> shapes = {
       point(0, 0),  linestring({}),  linestring({{0, 0}}), linestring({{0, 0}, {0, 0}}), polygon({}), polygon({{}}),
       polygon({{{0, 0}, {1, 1}}}), polygon({square(-1, -1, 2), {}}), multi(XGWKB_TYPE_MULTIPOINT, {}),
-      multiline({{}}), multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({})}), multi(XGWKB_TYPE_MULTIPOLYGON, {})};
+      multiline({{}}), multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({})}), multi(XGWKB_TYPE_MULTIPOLYGON, {}),
+      multi(XGWKB_TYPE_MULTIPOINT, {point(0, 0), point(1, 1)}),
+      multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({}), polygon({square(-1, -1, 2)}), polygon({})})};
   for (const Bytes& a : shapes) {
     for (const Bytes& b : shapes) {
       const Misaligned ma(a), mb(b);
       for (Predicate p : kAll) EXPECT_LE(static_cast<uint32_t>(p(ma.data(), mb.data(), kT)), 1u);
+    }
+  }
+}
+
+TEST(RelateDegenerate, ShapesWithoutRingsHaveNoPoints) {
+  const Bytes no_rings[] = {polygon({}), multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({})}),
+                            multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({}), polygon({})})};
+  const Bytes others[] = {point(5, 5), multi(XGWKB_TYPE_MULTIPOINT, {point(5, 5), point(0, 0)}),
+                          linestring({{0, 0}, {10, 10}}), kSquare, multiline({{{0, 0}, {10, 10}}}),
+                          multi(XGWKB_TYPE_MULTIPOLYGON, {kSquare})};
+  for (const Bytes& e : no_rings) {
+    for (const Bytes& o : others) {
+      const Misaligned me(e), mo(o);
+      for (const auto& [a, b] : {std::pair{me.data(), mo.data()}, std::pair{mo.data(), me.data()}}) {
+        std::vector<int32_t> got;  // the eight predicates in the order of kAll
+        for (Predicate p : kAll) got.push_back(p(a, b, kT));
+        EXPECT_EQ(got, std::vector<int32_t>({1, 0, 0, 0, 0, 0, 0, 0}))
+            << "types " << int(e[1]) << ", " << int(o[1]) << (a == me.data() ? "" : " exchanged");
+      }
     }
   }
 }
@@ -132,6 +155,68 @@ TEST(RelateSharedEdges, FollowTheInteriorsOnEitherSideAndClosedLinesHaveNoEnds) 
                         xgWKB_shape_is_crossing, xgWKB_shape_is_disjoint})
       got.push_back(p(c.a.data(), c.b.data(), kT));
     EXPECT_EQ(got, std::vector<int32_t>({c.within, c.touching, c.overlapping, c.crossing, 0})) << c.name;
+  }
+}
+
+TEST(RelateNearParallel, AnEdgeLeavingTheToleranceBandIsSplitWhereItLeaves) {
+  // X's bottom edge dips 1e-6 below Y's: for t between 5e-7 and 1e-6 the first part of Y's edge
+  // lies within t of X's boundary and the rest does not.
+  const Bytes x = polygon({{{0, 0}, {50, -1e-6}, {60, -50}, {200, -50}, {200, 200}, {-50, 200}, {0, 0}}});
+  const Bytes y = polygon({{{0, 0}, {100, 0}, {50, 50}, {0, 0}}});
+  for (double t : {1e-9, 5e-7, 6e-7, 9e-7, 1e-6, 2e-6, 1e-4}) {
+    const Misaligned mx(x), my(y);
+    EXPECT_EQ((std::vector<int32_t>{xgWKB_shape_is_containing(mx.data(), my.data(), t),
+                                    xgWKB_shape_is_within(my.data(), mx.data(), t),
+                                    xgWKB_shape_is_overlapping(mx.data(), my.data(), t),
+                                    xgWKB_shape_is_disjoint(mx.data(), my.data(), t)}),
+              (std::vector<int32_t>{1, 1, 0, 0})) << t;
+  }
+}
+
+TEST(RelateNearParallel, EdgesPlacedBetweenHalfTAndTwiceTFromEachOther) {
+  // In a frame turned, scaled and moved at random: a triangle with base A B and shapes whose
+  // edges run from A at a slant ending between 1.2t and 2t off the base (so that they leave the
+  // band of width t part way), or parallel to it between t/2 and t off (inside the band).
+  std::mt19937 rng(20261124);
+  auto real = [&](double lo, double hi) { return std::uniform_real_distribution<double>(lo, hi)(rng); };
+  const Predicate preds[] = {xgWKB_shape_is_within, xgWKB_shape_is_overlapping, xgWKB_shape_is_crossing,
+                             xgWKB_shape_is_touching, xgWKB_shape_is_disjoint};
+  for (int trial = 0; trial < 300; ++trial) {
+    const double size = std::pow(10.0, real(-1, 3)), t = size * std::pow(10.0, real(-9, -4));
+    const double m = real(0.3, 0.9);
+    const double turn = real(0, 2 * M_PI), ox = real(-1e3, 1e3), oy = real(-1e3, 1e3);
+    const double near = real(0.5, 1) * t / size, far = real(1.2, 2) * t / size;
+    auto place = [&](Ring r) {
+      for (auto& p : r) {
+        const double x = p.x * size, y = p.y * size;
+        p = {ox + x * std::cos(turn) - y * std::sin(turn), oy + x * std::sin(turn) + y * std::cos(turn)};
+      }
+      return r;
+    };
+    auto slant = [&](double dy) {
+      return polygon({place({{0, 0}, {m, dy}, {m + 0.1, -0.5}, {2, -0.5}, {2, 2}, {-0.5, 2}, {0, 0}})});
+    };
+    auto flat = [&](double dy) { return polygon({place({{-0.5, dy}, {2, dy}, {2, 2}, {-0.5, 2}, {-0.5, dy}})}); };
+    const Bytes tri = polygon({place({{0, 0}, {1, 0}, {0.5, 0.5}, {0, 0}})});
+    const Bytes base = linestring(place({{0, 0}, {1, 0}}));
+    const struct { const char* name; Bytes a, b; const char* want; } cases[] = {
+        // within(a, b), overlapping, crossing, touching, disjoint; '-' not asked.
+        {"triangle, edge slanting off outside", tri, slant(-far), "10-00"},
+        {"triangle, edge slanting into it", tri, slant(far), "01-00"},
+        {"triangle, parallel edge outside", tri, flat(-near), "10-00"},
+        {"triangle, parallel edge inside", tri, flat(near), "10-00"},
+        {"base, edge slanting off outside", base, slant(-far), "1-000"},
+        {"base, edge slanting into it", base, slant(far), "0-100"},
+        {"base, parallel edge inside", base, flat(near), "0-010"},
+        {"base, line slanting off", base, linestring(place({{0, 0}, {m, far}, {m + 0.1, -0.5}})), "01000"},
+        {"base, parallel line", base, linestring(place({{-0.5, near}, {1.5, near}})), "10000"},
+    };
+    for (const auto& c : cases) {
+      std::string got;
+      for (int i = 0; i < 5; ++i)
+        got += c.want[i] == '-' ? '-' : static_cast<char>('0' + preds[i](c.a.data(), c.b.data(), t));
+      ASSERT_EQ(got, c.want) << c.name << " at trial " << trial << ", t " << t;
+    }
   }
 }
 

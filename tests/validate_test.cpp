@@ -47,6 +47,14 @@ TEST(Validation, RejectsEachRuleOnAMinimalShape) {
        XGWKB_E_SELF_INTERSECTION},
       {"hole partly outside", polygon({shell, square(8, 8, 4)}), XGWKB_E_HOLE_OUTSIDE},
       {"overlapping holes", polygon({shell, square(1, 1, 4), square(3, 3, 4)}), XGWKB_E_RINGS_OVERLAP},
+      // Rings through the same points are nested as well, whatever their start and direction.
+      {"nested holes", polygon({shell, square(1, 1, 6), square(2, 2, 2)}), XGWKB_E_RINGS_OVERLAP},
+      {"identical holes", polygon({shell, square(1, 1, 4), square(1, 1, 4)}), XGWKB_E_RINGS_OVERLAP},
+      {"identical holes, other start and direction",
+       polygon({shell, square(1, 1, 4), {{5, 5}, {5, 1}, {1, 1}, {1, 5}, {5, 5}}}), XGWKB_E_RINGS_OVERLAP},
+      {"hole identical to the shell", polygon({shell, shell}), XGWKB_E_RINGS_OVERLAP},
+      {"hole identical to the shell, reversed", polygon({shell, {{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}}}),
+       XGWKB_E_RINGS_OVERLAP},
       {"holes cutting the interior apart", polygon({shell, left, right}), XGWKB_E_INTEGRITY},
       {"hole along a stretch of the shell", polygon({shell, {{0, 2}, {3, 3}, {0, 4}, {0, 2}}}), XGWKB_E_INTEGRITY},
       // A hole vertex on the shell's bottom edge and the shell's reflex vertex on a hole edge.

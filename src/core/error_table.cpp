@@ -8,15 +8,12 @@
 #include <cstring>
 
 #include "core/boundary.h"
+#include "core/error_table.h"
 #include "xggeokit.h"
 
-namespace {
+using xg::ErrorEntry;
 
-struct ErrorEntry {
-  int32_t code;
-  const char* gbk;
-  const char* utf8;
-};
+namespace {
 
 // Intended: the second -36 entry and the second 0 entry can never be found (the first match
 // wins); both are kept so the table stays the same 62 entries callers know.
@@ -101,6 +98,11 @@ uint32_t describe(int32_t code, char** message, bool utf8) {
 }
 
 }  // namespace
+
+const ErrorEntry* xg::error_table(std::size_t* count) {
+  *count = sizeof(kErrorTable) / sizeof(kErrorTable[0]);
+  return kErrorTable;
+}
 
 extern "C" {
 

@@ -104,10 +104,12 @@ class PointTarget {
   }
 
  private:
-  // The runs with their indexes (load succeeded with at least one run).
+  // The runs with their indexes (load succeeded and run i exists).
   const Span& run(uint32_t i) const { return indexed_->spans().rings[i]; }
+  // A polygon without rings (there may be no runs at all, and so no index) has no points.
   PolySpans polygon(uint32_t part) const {
     const ShapeRuns::Part& pr = runs_.part(part);
+    if (pr.runs == 0) return PolySpans{nullptr, 0};
     return PolySpans{indexed_->spans().rings + pr.first_run, pr.runs};
   }
 

@@ -60,7 +60,7 @@ bool RelateOperand::load(const byte* shape, double t) {
 }
 
 Loc RelateOperand::locate(const _xgWKB_POINT& p, double t, EdgeHit* hit) const {
-  return dim_ == 1 ? locate_lineal(p, t) : locate_areal(p, t, hit);
+  return dim_ == 1 ? locate_lineal(p, t, hit) : locate_areal(p, t, hit);
 }
 
 Loc RelateOperand::locate_on_shape(const _xgWKB_POINT& p, double t) const {
@@ -71,13 +71,18 @@ Loc RelateOperand::locate_on_shape(const _xgWKB_POINT& p, double t) const {
   return kIn;
 }
 
-Loc RelateOperand::locate_lineal(const _xgWKB_POINT& p, double t) const {
+Loc RelateOperand::locate_lineal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const {
   for (uint32_t r = 0; r < runs_.run_count(); ++r) {
     const Span& run = runs_.run(r);
     if (run.n == 0 || outside_box(p, run.box, t)) continue;
-    if (run.n == 1 && near_segment(p, run.p[0], run.p[0], t)) return locate_on_shape(p, t);
-    for (uint32_t i = 0; i + 1 < run.n; ++i) {
-      if (near_segment(p, run.p[i], run.p[i + 1], t)) return locate_on_shape(p, t);
+    const uint32_t segments = run.n == 1 ? 1 : run.n - 1;  // a lone point: a segment of length 0
+    for (uint32_t i = 0; i < segments; ++i) {
+      const _xgWKB_POINT& a = run.p[i];
+      const _xgWKB_POINT& b = run.p[run.n == 1 ? 0 : i + 1];
+      if (near_segment(p, a, b, t)) {
+        if (hit) *hit = EdgeHit{a, b, false};
+        return locate_on_shape(p, t);
+      }
     }
   }
   return kOut;
@@ -205,27 +210,82 @@ class ContactWalk {
     }
   }
 
-  // The stretch of a boundary segment (p, q) of areal x lies at ly in areal y.
-  bool boundary_stretch(Loc ly, const EdgeHit& hit, const _xgWKB_POINT& p, const _xgWKB_POINT& q,
+  // How stretch (a, b), found within t of segment hit, runs along it: 1 in its direction, -1
+  // against it, 0 not along it.  Running along takes a direction within 60 degrees of the
+  // segment's and an advance along it of more than the band around it is wide (2t); a shorter
+  // stretch is a spot of contact (a crossing or a touch within t), not a shared stretch.
+  int runs_along(const EdgeHit& hit, const _xgWKB_POINT& a, const _xgWKB_POINT& b) const {
+    const double ux = b.x - a.x, uy = b.y - a.y, vx = hit.b.x - hit.a.x, vy = hit.b.y - hit.a.y;
+    const double along = ux * vx + uy * vy;
+    const double vv = vx * vx + vy * vy;
+    if (std::fabs(along) < 0.5 * std::sqrt((ux * ux + uy * uy) * vv)) return 0;
+    if (!(std::fabs(along) > 2 * t_ * std::sqrt(vv))) return 0;
+    return along > 0 ? 1 : -1;
+  }
+
+  // The stretch (a, b) of a boundary segment of areal x lies at ly in areal y.
+  bool boundary_stretch(Loc ly, const EdgeHit& hit, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
                         bool x_left) {
     if (note(kOn, ly)) return true;
     if (ly == kIn) return note(kIn, kIn) || note(kOut, kIn);  // x's two sides both inside y
     if (ly == kOut) return note(kIn, kOut);                   // x's interior side outside y
     if (y_.dim() != 2) return false;
     // A shared stretch: the interiors lie on the same side or on opposite sides of it.
-    const double ux = q.x - p.x, uy = q.y - p.y, vx = hit.b.x - hit.a.x, vy = hit.b.y - hit.a.y;
-    const double along = ux * vx + uy * vy;
-    const double lengths = std::sqrt((ux * ux + uy * uy) * (vx * vx + vy * vy));
-    if (std::fabs(along) < 0.5 * lengths) return false;  // not running along that edge
+    const int along = runs_along(hit, a, b);
+    if (along == 0) return false;
     const bool y_left = along > 0 ? hit.interior_left : !hit.interior_left;
     if (y_left == x_left) return note(kIn, kIn);
     return note(kIn, kOut) || note(kOut, kIn);
   }
 
-  bool stretch(Loc ly, const EdgeHit& hit, const _xgWKB_POINT& p, const _xgWKB_POINT& q, bool x_left) {
-    if (x_.dim() == 2) return boundary_stretch(ly, hit, p, q, x_left);
-    if (ly == kIn && y_.dim() == 1) *facts_ |= kSharedStretch;
+  // The stretch (a, b) of a segment of x lies at ly in y.
+  bool stretch(Loc ly, const EdgeHit& hit, const _xgWKB_POINT& a, const _xgWKB_POINT& b, bool x_left) {
+    if (x_.dim() == 2) return boundary_stretch(ly, hit, a, b, x_left);
+    if (ly == kIn && y_.dim() == 1 && runs_along(hit, a, b) != 0) *facts_ |= kSharedStretch;
     return note(kIn, ly);
+  }
+
+  // A segment of x being walked, with the length below which a stretch carries no location.
+  struct Segment {
+    const _xgWKB_POINT& p;
+    const _xgWKB_POINT& q;
+    double len;
+    double shortest;
+    bool x_left;
+  };
+
+  // Locates stretch [from, to] of segment s by its midpoint and records it.  A location resting
+  // on nearness to a segment of y holds only where the stretch stays within t of that segment
+  // (a segment nearly parallel to it can come within t along one part and not along the rest):
+  // the parts beyond that band are located on their own.  *loc, *hit and *known receive the
+  // location of the stretch's last part when it may be carried on to the next stretch.
+  bool locate_stretch(const Segment& s, double from, double to, Loc* loc, EdgeHit* hit, bool* known) {
+    if ((to - from) * s.len <= s.shortest) return false;
+    const double mid = 0.5 * (from + to);
+    EdgeHit near{};
+    const Loc here = y_.locate(lerp(s.p, s.q, mid), t_, &near);
+    if (!y_.near_location(here)) {
+      *loc = here;
+      *hit = near;
+      *known = true;
+      return stretch(here, near, lerp(s.p, s.q, from), lerp(s.p, s.q, to), s.x_left);
+    }
+    *known = false;
+    double lo = 0, hi = 0;
+    if (!band_interval(s.p, s.q, near.a, near.b, t_, &lo, &hi) || !(lo <= mid && mid <= hi)) {
+      lo = from;  // rounding put the midpoint beside the band: the stretch stays one piece
+      hi = to;
+    }
+    lo = std::max(lo, from);
+    hi = std::min(hi, to);
+    // The parts beyond the band hold at most half the stretch each (the midpoint is in it).
+    if (lo > from && locate_stretch(s, from, lo, loc, hit, known)) return true;
+    *known = false;
+    if ((hi - lo) * s.len > s.shortest &&
+        stretch(here, near, lerp(s.p, s.q, lo), lerp(s.p, s.q, hi), s.x_left)) {
+      return true;
+    }
+    return hi < to && locate_stretch(s, hi, to, loc, hit, known);
   }
 
   bool walk() {
@@ -247,14 +307,12 @@ class ContactWalk {
         // Stretches this short carry no location of their own (cuts closer than t are one).
         const double shortest =
             std::max(t_, 1e-13 * (len + std::fabs(p.x) + std::fabs(p.y)));
+        const Segment s{p, q, len, shortest, x_left};
         double from = 0;
         auto finish_stretch = [&](double to) {
           if ((to - from) * len <= shortest) return false;
-          if (!known) {
-            loc = y_.locate(lerp(p, q, 0.5 * (from + to)), t_, &hit);
-            known = true;
-          }
-          return stretch(loc, hit, p, q, x_left);
+          if (known) return stretch(loc, hit, lerp(p, q, from), lerp(p, q, to), x_left);
+          return locate_stretch(s, from, to, &loc, &hit, &known);
         };
         while (ci < contacts_.size() && contacts_[ci].seg == seg) {
           const Contact& c = contacts_[ci++];

@@ -6,14 +6,19 @@
 //   - every segment of the first shape is cut where the second comes within t of it (crossings,
 //     vertices of either lying on the other); each cut point is a contact, located on both
 //     shapes; each stretch between cuts lies wholly inside, on or outside the second shape and
-//     is located once by its midpoint (the location only changes at a cut, so runs of uncut
-//     segments share one location);
+//     is located once by its midpoint (inside or outside an areal shape, or off a lineal one, the
+//     location only changes at a cut, so runs of uncut segments share one location); a stretch
+//     found within t of a segment of the second is on it only where it stays within t of that
+//     segment: it is split where it leaves that band and the parts beyond are located anew;
 //   - the boundary points of a lineal first shape (ends of its open members, counted modulo 2)
 //     are located in the second;
 //   - for two areal shapes the same walk is made over the second's boundary as well; a stretch
 //     of boundary inside the other shape, outside it, or shared with it (interiors on the same
 //     or opposite sides, told by the rings' orientation) gives the interior facts, since two
-//     regions whose boundaries keep off each other cannot share interior points.
+//     regions whose boundaries keep off each other cannot share interior points.  A stretch
+//     within t of a segment is shared with it (lines share a stretch, boundaries have sides to
+//     compare) only when it runs along it, advancing more than 2t; a shorter one is a spot of
+//     contact where the two cross or touch within t.
 // Boundary contacts within t count: a vertex within t of an edge touches it.
 #ifndef XGGEO_RELATE_RELATION_FACTS_H
 #define XGGEO_RELATE_RELATION_FACTS_H
@@ -57,9 +62,15 @@ class RelateOperand {
   const ShapeRuns& runs() const { return runs_; }
   bool interior_left(uint32_t run) const { return left_[run] != 0; }
 
-  // Where p lies: interior, boundary or exterior, with tolerance t.  For a point on the boundary
-  // of an areal shape, *hit receives the edge.
+  // Where p lies: interior, boundary or exterior, with tolerance t.  For a point within t of a
+  // segment (on the boundary of an areal shape, anywhere on a lineal one), *hit receives that
+  // segment.
   Loc locate(const _xgWKB_POINT& p, double t, EdgeHit* hit) const;
+
+  // Whether a location found by locate() rests on nearness to a segment (the boundary of an areal
+  // shape, any point of a lineal one) rather than on a region, which holds for a whole stretch
+  // between cuts.
+  bool near_location(Loc loc) const { return dim_ == 1 ? loc != kOut : loc == kOn; }
 
   // Where a point already known to lie on the shape lies: a lineal shape's boundary points are
   // the ends of its open members that occur an odd number of times; an areal shape is met on
@@ -69,7 +80,7 @@ class RelateOperand {
   const SmallVec<_xgWKB_POINT, 8>& boundary_points() const { return ends_; }
 
  private:
-  Loc locate_lineal(const _xgWKB_POINT& p, double t) const;
+  Loc locate_lineal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const;
   Loc locate_areal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const;
 
   int dim_ = 0;

@@ -4,6 +4,7 @@
 // their shell without overlapping each other, touching rings must not cut the interior apart, and
 // the members of a multipolygon must not overlap.  The first rule broken names the status.  Every
 // geometric test uses the fixed tolerance.
+#include <cmath>
 #include <vector>
 
 #include "core/blob.h"
@@ -110,6 +111,17 @@ class TouchGraph {
   std::vector<std::vector<std::size_t>> neighbours_;
 };
 
+// Two rings through the same points (in any order or direction): each lies inside the other,
+// and so their boxes agree within the tolerance.  Such a pair is nested like a hole inside a hole.
+bool same_ring(const Span& a, const Span& b) {
+  const double slack = 2 * kTol;
+  if (!(std::fabs(a.box.minx - b.box.minx) <= slack && std::fabs(a.box.miny - b.box.miny) <= slack &&
+        std::fabs(a.box.maxx - b.box.maxx) <= slack && std::fabs(a.box.maxy - b.box.maxy) <= slack)) {
+    return false;
+  }
+  return ring_inside_ring(a, b, kTol) && ring_inside_ring(b, a, kTol);
+}
+
 Verdict check_polygon(const byte* polygon) {
   const uint32_t count = shape_count(polygon);
   if (count < 1) return fail_or(XGWKB_E_INTEGRITY);
@@ -131,6 +143,7 @@ Verdict check_polygon(const byte* polygon) {
   for (uint32_t k = 1; k < count; ++k) {
     if (!ring_inside_ring(rings[k], outer, kTol)) return fail(XGWKB_E_HOLE_OUTSIDE);
     if (runs_disjoint(rings[k], outer, kTol)) continue;
+    if (same_ring(rings[k], outer)) return fail(XGWKB_E_RINGS_OVERLAP);  // the hole fills the shell
     if (!lines_touch(rings[k], outer, kTol)) return fail_or(XGWKB_E_INTEGRITY);
     graph.link(0, k);
   }
@@ -142,6 +155,7 @@ Verdict check_polygon(const byte* polygon) {
       if (ring_overlaps_ring(rings[j], rings[k], kTol) || ring_overlaps_ring(rings[k], rings[j], kTol))
         return fail(XGWKB_E_RINGS_OVERLAP);
       if (no_nan[j] && no_nan[k] && lines_out_of_reach(rings[j], rings[k], kTol)) continue;
+      if (same_ring(rings[j], rings[k])) return fail(XGWKB_E_RINGS_OVERLAP);  // not partly inside: wholly
       if (lines_touch(rings[j], rings[k], kTol)) graph.link(j, k);
     }
   }
