@@ -18,6 +18,10 @@ int32_t deliver(byte* blob, byte** out) {
 // Byte size of a counted run of n points.
 std::size_t run_bytes(int32_t n) { return 4 + kCoordSize * static_cast<std::size_t>(n); }
 
+}  // namespace
+
+namespace xg {
+
 byte* polygon_of_box(const _xgWKB_BOX& b) {
   byte* blob = blob_alloc(kCountedHeaderSize + run_bytes(5));
   if (blob == nullptr) return nullptr;
@@ -33,10 +37,6 @@ byte* polygon_of_box(const _xgWKB_BOX& b) {
       .point({b.minx, b.miny});
   return blob;
 }
-
-}  // namespace
-
-namespace xg {
 
 int32_t make_multiline(int32_t parts, const int32_t* counts, const _xgWKB_POINT* points, byte** out) {
   if (points == nullptr) return XGWKB_E_NULL_POINTER;

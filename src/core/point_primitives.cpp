@@ -66,14 +66,7 @@ void xgWKB_baseGeo_rotate_point(_xgWKB_POINT* p, double angle) {
 }
 
 double xgWKB_baseGeo_point_calculate_angle(const _xgWKB_POINT* from, const _xgWKB_POINT* to) {
-  const double dx = to->x - from->x;
-  const double dy = to->y - from->y;
-  // Equal points give pi/2.  The constants are the single-precision ones, so results close to
-  // 2pi may exceed the double value of 2pi slightly.
-  if (dx == 0) return dy < 0 ? kThreeHalfPiF : kHalfPiF;
-  const double a = std::atan(dy / dx);
-  if (dy >= 0) return dx > 0 ? a : a + kPiF;
-  return dx > 0 ? a + kTwoPiF : a + kPiF;
+  return direction_angle(*from, *to);
 }
 
 int32_t xgWKB_baseGeo_point_line_relation(const _xgWKB_POINT* p, const _xgWKB_POINT* a,

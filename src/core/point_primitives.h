@@ -3,11 +3,25 @@
 #ifndef XGGEO_CORE_POINT_PRIMITIVES_H
 #define XGGEO_CORE_POINT_PRIMITIVES_H
 
+#include <cmath>
 #include <cstdint>
 
+#include "core/angles.h"
 #include "core/blob.h"
 
 namespace xg {
+
+// Direction angle from one point to another, counter-clockwise from +x.
+inline double direction_angle(const _xgWKB_POINT& from, const _xgWKB_POINT& to) {
+  const double dx = to.x - from.x;
+  const double dy = to.y - from.y;
+  // Equal points give pi/2.  The constants are the single-precision ones, so results close to
+  // 2pi may exceed the double value of 2pi slightly.
+  if (dx == 0) return dy < 0 ? kThreeHalfPiF : kHalfPiF;
+  const double a = std::atan(dy / dx);
+  if (dy >= 0) return dx > 0 ? a : a + kPiF;
+  return dx > 0 ? a + kTwoPiF : a + kPiF;
+}
 
 // How far beyond the box of segment (a, b) a point may lie and still relate to the segment.
 // The relation matches the ends within the fixed 0.0001 and measures in a frame whose angle
