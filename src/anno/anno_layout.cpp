@@ -28,6 +28,21 @@ int32_t copy_symbol(const SymbolTail& tail, byte** out) {
   return copy_out(tail.block(), tail.size(), out);
 }
 
+std::size_t anno_bytes(const byte* s) {
+  const std::size_t stated = anno_total(s);
+  std::size_t content = stated;
+  if (shape_type(s) == XGWKB_TYPE_SINGLETEXT) content = single_content_size(s);
+  if (shape_type(s) == XGWKB_TYPE_MULTITEXT) content = multi_content_size(s);
+  return stated > content ? stated : content;
+}
+
+byte* alloc_anno(std::size_t stated, std::size_t content) {
+  const std::size_t size = stated > content ? stated : content;
+  byte* blob = blob_alloc(size != 0 ? size : 1);
+  if (blob != nullptr && size > content) std::memset(blob + content, 0, size - content);
+  return blob;
+}
+
 bool dim_layout(const byte* s, DimLayout* out) {
   DimLayout l{};
   std::size_t at = kDimMembersAt;

@@ -207,6 +207,27 @@ void for_each_desc(B* s, F&& f) {
   }
 }
 
+// ---- sizes of whole annotation blobs ------------------------------------------------------
+
+// The bytes the fields of a SingleText / MultiText fill, found by walking them.
+inline std::size_t single_content_size(const byte* s) {
+  return kSingleDescAt + desc_size(single_desc(s)) + single_symbol(s).bytes();
+}
+inline std::size_t multi_content_size(const byte* s) {
+  const byte* end = multi_descs_end(s);
+  return static_cast<std::size_t>(end - s) + SymbolTail{end}.bytes();
+}
+
+// The bytes that hold a SingleText or MultiText whole: its total-size field or its walked
+// content, whichever is more (some setters leave the field behind the content on purpose).
+// Other types: the total-size field.
+std::size_t anno_bytes(const byte* s);
+
+// A new block for an annotation whose total-size field will say stated and whose fields fill
+// content bytes: large enough for both, so no later reader trusting either runs off its end;
+// the bytes past content are zeroed.  Null when memory runs out.
+byte* alloc_anno(std::size_t stated, std::size_t content);
+
 // ---- dimensions --------------------------------------------------------------------------
 
 // Where the parts of a dimension blob lie, as offsets from its start.

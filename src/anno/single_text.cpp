@@ -104,7 +104,8 @@ int32_t xgWKB_anno_set_text(const unsigned char* shape, const char* text, unsign
     const uint32_t old_total = anno_total(shape);
     const uint32_t total = old_total + new_length - old_length;
     const std::size_t rest = kSingleDescAt + text_point_at(d);  // the old blob after the text
-    byte* blob = blob_alloc(total);
+    const std::size_t rest_size = single_content_size(shape) - rest;
+    byte* blob = alloc_anno(total, rest - old_length + new_length + rest_size);
     if (blob == nullptr) return XGWKB_E_FAILED;
     BlobWriter(blob)
         .bytes(shape, kTotalAt)
@@ -112,7 +113,7 @@ int32_t xgWKB_anno_set_text(const unsigned char* shape, const char* text, unsign
         .u32(desc_size(d) + new_length - old_length)
         .u32(new_length)
         .bytes(reinterpret_cast<const byte*>(text), new_length)
-        .bytes(shape + rest, old_total - rest);
+        .bytes(shape + rest, rest_size);
     *out = blob;
     return XGWKB_OK;
   });
@@ -124,17 +125,17 @@ int32_t xgWKB_anno_set_symbol(const unsigned char* shape, const unsigned char* s
   return guarded([&] {
     const std::size_t head = kSingleDescAt + desc_size(single_desc(shape));
     const uint32_t new_size = symbol != nullptr ? symbol_size(symbol) : 0;
-    byte* blob = blob_alloc(head + 1 + new_size);
+    const uint32_t old_total = anno_total(shape);
+    const uint32_t total = symbol != nullptr ? old_total + new_size - single_symbol(shape).size() : old_total;
+    byte* blob = alloc_anno(total, head + 1 + new_size);
     if (blob == nullptr) return XGWKB_E_FAILED;
     std::memcpy(blob, shape, head);
     write_symbol(blob + head, symbol);
-    if (symbol != nullptr) {
-      // Intended: the total is patched by the difference of the symbol sizes rather than
-      // recomputed.  The old symbol's size is read only when its flag says there is one (the
-      // bytes behind a clear flag are past the end of the blob).
-      set_anno_total(blob, anno_total(shape) + new_size - single_symbol(shape).size());
-    }
-    // Intended: without a symbol the total-size field keeps its old value.
+    // Intended: with a symbol the total is patched by the difference of the symbol sizes rather
+    // than recomputed (the old size is read only behind a set flag: behind a clear one lies the
+    // end of the blob); without a symbol the total-size field keeps its old value.  The block
+    // covers that value all the same.
+    set_anno_total(blob, total);
     *out = blob;
     return XGWKB_OK;
   });
@@ -148,7 +149,9 @@ int32_t xgWKB_anno_get_type(const unsigned char* shape, int32_t* type) {
 
 int32_t xgWKB_anno_duplicate(const unsigned char* shape, unsigned char** out) {
   if (shape == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
-  return blob_copy(shape, anno_total(shape), out);
+  // The total-size field decides; a blob whose fields run past it (after a MultiText text change)
+  // is copied whole rather than cut off.
+  return guarded([&] { return blob_copy(shape, anno_bytes(shape), out); });
 }
 
 void xgWKB_anno_free(void* shape) { std::free(shape); }
