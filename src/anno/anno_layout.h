@@ -257,6 +257,15 @@ int32_t copy_desc_text(const byte* d, char** out);
 // (or memory runs out).
 int32_t copy_symbol(const SymbolTail& tail, byte** out);
 
+inline bool is_dim_type(uint32_t type) {
+  return type >= XGWKB_TYPE_HORIDIM && type <= XGWKB_TYPE_ALIGNEDDIM;
+}
+
+// Rewrites the type code alone (the byte-order byte is left as it is).
+inline void set_dim_type(byte* s, uint32_t type) { store_u32(s + 1, type); }
+
+inline bool dim_has_further(const byte* s, const DimLayout& l) { return s[l.flag] != 0; }
+
 inline int32_t dim_angle(const byte* s, const DimLayout& l, int i) {
   return static_cast<int32_t>(load_u32(s + l.angles + 4 * static_cast<std::size_t>(i)));
 }
