@@ -131,6 +131,9 @@ run wktsize -a "multipoint (1 2,3 4)"
 # Linear referencing, snapping and envelope relations
 
 # Annotations
+show "A text annotation built from its fields and read back, and its outline turned by its angle"
+run text "ab" 1 2 0.5 0 1 10 3 5 5
+run outline "ab" 1 1 0.5 0 0 4 2
 
 # Coordinate codec
 

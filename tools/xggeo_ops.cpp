@@ -306,6 +306,10 @@ const Op kOperations[] = {
     // Hull, distance and merge
     // Linear referencing, snapping and envelope relations
     // Annotations
+    {"text", Inputs::kNone, 8, 10, "TEXT X Y ANGLE MINX MINY MAXX MAXY [LX LY]",
+     "a SingleText built from its fields, read back: text, point, angle, leader (or none), box", op_text},
+    {"outline", Inputs::kNone, 8, 10, "TEXT X Y ANGLE MINX MINY MAXX MAXY [LX LY]",
+     "the outline polygon of a SingleText: its box turned by ANGLE about (X, Y)", op_outline},
     // Coordinate codec
 };
 

@@ -101,6 +101,8 @@ struct Op {
 // Hull, distance and merge
 // Linear referencing, snapping and envelope relations
 // Annotations
+int32_t op_text(const Operands& in, const Args& args, Output& out);
+int32_t op_outline(const Operands& in, const Args& args, Output& out);
 // Coordinate codec
 
 // The operation table, in the order --help lists it.
