@@ -56,6 +56,8 @@ int32_t desc_outline(const byte* d, byte** out) {
   const _xgWKB_BOX b = desc_extent(d);
   const double angle = desc_angle(d);
   byte* polygon = nullptr;
+  // Intended: texts turned by less than 0.0001 get the box's own rectangle (lower left first);
+  // turned ones start at the upper left - callers know both orders.
   if (std::fabs(angle) >= kOutlineAngle) {
     // The corners turned counter-clockwise by the angle about the text point, from the upper
     // left clockwise round, closed.

@@ -105,7 +105,7 @@ int32_t xgWKB_set_desc_text(unsigned char** desc, const char* text) {
         .u32(new_length)
         .bytes(reinterpret_cast<const byte*>(text), new_length)
         .bytes(old + rest, old_size - rest);
-    // The one descriptor function that frees its input: the block is replaced by the new one.
+    // Intended: the one descriptor function that frees its input - the block is replaced.
     std::free(*desc);
     *desc = fresh;
     return XGWKB_OK;

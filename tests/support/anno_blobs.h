@@ -11,6 +11,9 @@
 
 #include "support/blob_builder.h"
 
+// Exact equality of points (found by argument lookup, so std::optional's comparison uses it).
+inline bool operator==(const _xgWKB_POINT& a, const _xgWKB_POINT& b) { return a.x == b.x && a.y == b.y; }
+
 namespace xgtest {
 
 struct Desc {
@@ -92,6 +95,35 @@ struct Block {
   Bytes bytes(std::size_t n) const { return Bytes(p, p + n); }
   Bytes anno() const { return bytes(total_of(p)); }  // an annotation's total-size bytes
 };
+
+inline bool operator==(const Desc& a, const Desc& b) {
+  return a.text == b.text && a.at == b.at && a.angle == b.angle && a.leader == b.leader &&
+         a.box.minx == b.box.minx && a.box.miny == b.box.miny && a.box.maxx == b.box.maxx &&
+         a.box.maxy == b.box.maxy;
+}
+
+// The fields of a SingleText (index 0) or of record index of a MultiText read back through the
+// library's getters; like gives the text length to read.
+inline Desc read_desc(const unsigned char* s, int32_t index, const Desc& like) {
+  Desc d{};
+  _xgWKB_POINT leader{};
+  Block text;
+  char** t = reinterpret_cast<char**>(text.out());
+  bool ok;
+  if (index == 0) {
+    ok = xgWKB_anno_get_text_point(s, &d.at) == 0 && xgWKB_anno_get_angle(s, &d.angle) == 0 &&
+         xgWKB_anno_get_extent(s, &d.box) == 0 && xgWKB_anno_get_text(s, t) == 0;
+    if (xgWKB_anno_get_leader_point(s, &leader) == 0) d.leader = leader;
+  } else {
+    ok = xgWKB_anno_get_multitext_text_point(s, index, &d.at) == 0 &&
+         xgWKB_anno_get_multitext_angle(s, index, &d.angle) == 0 &&
+         xgWKB_anno_get_multitext_extent(s, index, &d.box) == 0 &&
+         xgWKB_anno_get_multitext_text(s, index, t) == 0;
+    if (xgWKB_anno_get_multitext_leader_point(s, index, &leader) == 0) d.leader = leader;
+  }
+  if (ok) d.text.assign(reinterpret_cast<const char*>(text.p), like.text.size());
+  return d;
+}
 
 inline const Desc kPlain{"ab", {1, 2}, 0.5, std::nullopt, {0, 1, 10, 3}};
 inline const Desc kLed{"xyz", {4, 5}, -1.25, _xgWKB_POINT{7, 8}, {-1, -2, 3, 4}};
