@@ -120,7 +120,8 @@ XGGEO_API void xgWKB_shape_free(void *shape);
 /* Releases the first count shapes of the array (not the array itself). */
 XGGEO_API void xgWKB_shape_free_array(int32_t count, unsigned char **shapes);
 
-/* Copies a shape into a new blob *copy (a nil shape copies its 5 bytes).  Null shape: -134. */
+/* Copies a shape into a new blob *copy (a nil shape copies its 5 bytes; an annotation or
+ * dimension as many bytes as its total-size field at offset 5 says).  Null shape: -134. */
 XGGEO_API int32_t xgWKB_shape_duplicate(const unsigned char *shape, unsigned char **copy);
 
 /* Reads the type code at offset 1 without checking it.  Null shape: *type = 0 and -65. */
