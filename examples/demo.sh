@@ -136,6 +136,9 @@ show "A line entering a box crosses it"
 run envelope crosses 0 0 10 10 -a "linestring (-5 5,5 5)"
 
 # Annotations
+show "A text annotation built from its fields and read back, and its outline turned by its angle"
+run text "ab" 1 2 0.5 0 1 10 3 5 5
+run outline "ab" 1 1 0.5 0 0 4 2
 
 # Coordinate codec
 

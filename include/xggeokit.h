@@ -128,9 +128,9 @@ XGGEO_API void xgWKB_shape_free(void *shape) XGGEO_NOEXCEPT;
 /* Releases the first count shapes of the array (not the array itself). */
 XGGEO_API void xgWKB_shape_free_array(int32_t count, unsigned char **shapes) XGGEO_NOEXCEPT;
 
-/* Copies a shape into a new blob *copy (a nil shape copies its 5 bytes).  Null shape: -134. */
-XGGEO_API int32_t xgWKB_shape_duplicate(const unsigned char *shape,
-                                        unsigned char **copy) XGGEO_NOEXCEPT;
+/* Copies a shape into a new blob *copy (a nil shape copies its 5 bytes; an annotation or
+ * dimension as many bytes as its total-size field at offset 5 says).  Null shape: -134. */
+XGGEO_API int32_t xgWKB_shape_duplicate(const unsigned char *shape, unsigned char **copy) XGGEO_NOEXCEPT;
 
 /* Reads the type code at offset 1 without checking it.  Null shape: *type = 0 and -65. */
 XGGEO_API int32_t xgWKB_shape_get_type(const unsigned char *shape, uint32_t *type) XGGEO_NOEXCEPT;
@@ -774,6 +774,140 @@ XGGEO_API int32_t xgWKB_shape_snap_point(const unsigned char *shape, const _xgWK
 /* Text annotations and dimensions                                                            */
 /* ------------------------------------------------------------------------------------------ */
 
+/* Annotations are blobs of their own types: a SingleText (9) holds one descriptor record (text,
+ * text point, angle, optional leader point, extent box), a MultiText (10) N records back to back;
+ * both end with a symbol flag and an optional opaque symbol block whose first u32 is its size.
+ * The u32 at offset 5 is the total size.  Sizes and counts in the blobs are trusted.  Every shape,
+ * text and symbol handed out is a fresh malloc block the caller releases (xgWKB_anno_free for
+ * shapes, free / xgWKB_shape_free for the rest).  -65 for a null shape, text or out-pointer. */
+
+/* A SingleText of one record (the leader is kept only when it differs from the text point by
+ * 0.0001 or more) and the symbol block when symbol is not null; D + 10 + S bytes into *out. */
+XGGEO_API int32_t xgWKB_anno_create(const _xgWKB_POINT *text_point, const _xgWKB_POINT *leader_point,
+                                    const _xgWKB_BOX *extent, double angle, const char *text,
+                                    const unsigned char *symbol, unsigned char **out) XGGEO_NOEXCEPT;
+/* The fields of a SingleText's record; the leader and symbol getters return -1 when there is
+ * none.  The text comes back as its L stored bytes in a new block, no terminator added; the
+ * symbol as its S bytes in a new block. */
+XGGEO_API int32_t xgWKB_anno_get_text_point(const unsigned char *shape, _xgWKB_POINT *out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_get_leader_point(const unsigned char *shape, _xgWKB_POINT *out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_get_angle(const unsigned char *shape, double *out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_get_text(const unsigned char *shape, char **out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_get_extent(const unsigned char *shape, _xgWKB_BOX *out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_get_symbol(const unsigned char *shape, unsigned char **out) XGGEO_NOEXCEPT;
+/* In-place setters of a SingleText's fixed-size fields (see xgWKB_set_desc_leader_point for a
+ * record without a leader). */
+XGGEO_API int32_t xgWKB_anno_set_text_point(unsigned char *shape, const _xgWKB_POINT *p) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_set_leader_point(unsigned char *shape, const _xgWKB_POINT *p) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_set_angle(unsigned char *shape, double angle) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_set_extent(unsigned char *shape, const _xgWKB_BOX *extent) XGGEO_NOEXCEPT;
+/* A new SingleText with the text replaced; the text is stored WITH its terminator (L = length
+ * + 1), total and record size adjusted.  The input stays the caller's. */
+XGGEO_API int32_t xgWKB_anno_set_text(const unsigned char *shape, const char *text, unsigned char **out) XGGEO_NOEXCEPT;
+/* A new SingleText with the symbol replaced (null: none).  With a symbol the total becomes the old
+ * total + S - the old symbol's size; without one the total-size field keeps its old value. */
+XGGEO_API int32_t xgWKB_anno_set_symbol(const unsigned char *shape, const unsigned char *symbol,
+                                        unsigned char **out) XGGEO_NOEXCEPT;
+/* The u32 type at offset 1 into *type. */
+XGGEO_API int32_t xgWKB_anno_get_type(const unsigned char *shape, int32_t *type) XGGEO_NOEXCEPT;
+/* A copy of the total size (offset 5) bytes. */
+XGGEO_API int32_t xgWKB_anno_duplicate(const unsigned char *shape, unsigned char **out) XGGEO_NOEXCEPT;
+/* Releases an annotation shape; null is ignored. */
+XGGEO_API void xgWKB_anno_free(void *shape) XGGEO_NOEXCEPT;
+
+/* A MultiText of n records built from the five arrays (text i from texts[i]) and the symbol when
+ * not null.  -65 for a null array or text; -66 for n < 0. */
+XGGEO_API int32_t xgWKB_anno_create_multitext(const _xgWKB_POINT *text_points,
+                                              const _xgWKB_POINT *leader_points,
+                                              const _xgWKB_BOX *extents, const double *angles,
+                                              const char **texts, int32_t n,
+                                              const unsigned char *symbol, unsigned char **out) XGGEO_NOEXCEPT;
+/* N into *n; -1 when the shape is not a MultiText. */
+XGGEO_API int32_t xgWKB_anno_get_desc_num(const unsigned char *shape, int32_t *n) XGGEO_NOEXCEPT;
+/* The fields of record index (1-based); -317 outside 1..N; as the SingleText getters otherwise. */
+XGGEO_API int32_t xgWKB_anno_get_multitext_text_point(const unsigned char *shape, int32_t index,
+                                                      _xgWKB_POINT *out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_get_multitext_leader_point(const unsigned char *shape, int32_t index,
+                                                        _xgWKB_POINT *out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_get_multitext_angle(const unsigned char *shape, int32_t index, double *out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_get_multitext_text(const unsigned char *shape, int32_t index, char **out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_get_multitext_extent(const unsigned char *shape, int32_t index,
+                                                  _xgWKB_BOX *out) XGGEO_NOEXCEPT;
+/* The symbol after the N records in a new block; -1 when there is none. */
+XGGEO_API int32_t xgWKB_anno_get_multitext_symbol(const unsigned char *shape, unsigned char **out) XGGEO_NOEXCEPT;
+/* In place on record index.  -317 for an index below 1 or above the FIRST RECORD'S SIZE; an index
+ * above N but within it changes nothing and returns 0. */
+XGGEO_API int32_t xgWKB_anno_set_multitext_text_point(unsigned char *shape, int32_t index,
+                                                      const _xgWKB_POINT *p) XGGEO_NOEXCEPT;
+/* In place on record index; -66 (not -317) outside 1..N. */
+XGGEO_API int32_t xgWKB_anno_set_multitext_leader_point(unsigned char *shape, int32_t index,
+                                                        const _xgWKB_POINT *p) XGGEO_NOEXCEPT;
+/* In place on record index; -317 outside 1..N. */
+XGGEO_API int32_t xgWKB_anno_set_multitext_angle(unsigned char *shape, int32_t index, double angle) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_set_multitext_extent(unsigned char *shape, int32_t index,
+                                                  const _xgWKB_BOX *extent) XGGEO_NOEXCEPT;
+/* A new MultiText with the text of record index replaced (no terminator stored).  The old text
+ * length used throughout is the FIRST record's (L1): the block is old total + L' - L1 bytes,
+ * record index gets size D + L' - L1 and its bytes from 8 + L1 on, and the total-size field is
+ * copied unchanged.  -317 outside 1..N; -1 when record index is shorter than 8 + L1 bytes. */
+XGGEO_API int32_t xgWKB_anno_set_multitext_text(const unsigned char *shape, int32_t index,
+                                                const char *text, unsigned char **out) XGGEO_NOEXCEPT;
+/* A new MultiText with the symbol replaced (null: none), total adjusted. */
+XGGEO_API int32_t xgWKB_anno_set_multitext_symbol(const unsigned char *shape,
+                                                  const unsigned char *symbol, unsigned char **out) XGGEO_NOEXCEPT;
+/* A new MultiText with the record desc appended (the type is not tested). */
+XGGEO_API int32_t xgWKB_anno_add_desc(const unsigned char *shape, const unsigned char *desc,
+                                      unsigned char **out) XGGEO_NOEXCEPT;
+/* As add, the record placed right after record index.  An index outside 1..N still counts the
+ * record in N and in the total but does not write it (those bytes are zero). */
+XGGEO_API int32_t xgWKB_anno_insert_desc(const unsigned char *shape, int32_t index,
+                                         const unsigned char *desc, unsigned char **out) XGGEO_NOEXCEPT;
+/* A new MultiText without record index.  -1 when N < 2; -66 outside 1..N. */
+XGGEO_API int32_t xgWKB_anno_delete_desc(const unsigned char *shape, int32_t index,
+                                         unsigned char **out) XGGEO_NOEXCEPT;
+
+/* Transforms of every record's text point, leader (when present) and both box corners by the
+ * point rules of xgWKB_shape_move / _rotate / _stretch / _mirror; text and symbol untouched.
+ * Move, rotate and stretch work in place; rotation lowers each angle by the rotation angle and
+ * translates the box with the text point (it keeps its size).  The SingleText mirror sets the
+ * angle to 2(a - t) - t + pi (a: direction of the axis from a to b, t: old angle, pi the
+ * single-precision value); the MultiText mirror keeps the angles.  Mirrors give a new shape. */
+XGGEO_API int32_t xgWKB_anno_move(unsigned char *shape, double dx, double dy) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_move_multitext(unsigned char *shape, double dx, double dy) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_rotate(unsigned char *shape, double angle, double cx, double cy) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_rotate_multitext(unsigned char *shape, double angle, double cx, double cy) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_stretch(unsigned char *shape, const _xgWKB_POINT *base, double sx, double sy) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_stretch_multitext(unsigned char *shape, const _xgWKB_POINT *base,
+                                               double sx, double sy) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_mirror(const unsigned char *shape, const _xgWKB_POINT *a,
+                                    const _xgWKB_POINT *b, unsigned char **out, double t) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_anno_mirror_multitext(const unsigned char *shape, const _xgWKB_POINT *a,
+                                              const _xgWKB_POINT *b, unsigned char **out, double t) XGGEO_NOEXCEPT;
+/* The outline polygon of a SingleText (release with xgWKB_shape_free): with |angle| >= 0.0001 the
+ * box corners turned counter-clockwise by the angle about the text point, in the order
+ * (minx,maxy), (maxx,maxy), (maxx,miny), (minx,miny), closed; else the box's rectangle polygon
+ * (xgWKB_shape_generate_polygon_from_rectangle). */
+XGGEO_API int32_t xgWKB_anno_get_outline(const unsigned char *shape, unsigned char **out) XGGEO_NOEXCEPT;
+/* The outline of record index of a MultiText, or for index 0 a multipolygon of all of them.
+ * -317 for an index below 0 or above N; -66 for index 0 with no record. */
+XGGEO_API int32_t xgWKB_anno_get_multitext_outline(const unsigned char *shape, int32_t index,
+                                                   unsigned char **out) XGGEO_NOEXCEPT;
+
+/* Dimensions (11, 12, 13): five geometry blobs, a SingleText label, a carried u32, two i32
+ * angles in whole degrees and an optional further geometry.  Each member is transformed by the
+ * shape transform of the same name, the label by the annotation one.  -65 null shape or point
+ * or out-pointer; -134 a type other than 11-13; -27 a blob whose members cannot be walked
+ * (nothing changed). */
+/* In place; angles unchanged. */
+XGGEO_API int32_t xgWKB_dim_move(unsigned char *shape, double dx, double dy) XGGEO_NOEXCEPT;
+/* In place; the type becomes 13 and each angle A becomes trunc(A - angle in degrees). */
+XGGEO_API int32_t xgWKB_dim_rotate(unsigned char *shape, double angle, double cx, double cy) XGGEO_NOEXCEPT;
+/* A new dimension; each angle A becomes A - 2 trunc(A - a), a the axis direction in degrees. */
+XGGEO_API int32_t xgWKB_dim_mirror(const unsigned char *shape, const _xgWKB_POINT *a,
+                                   const _xgWKB_POINT *b, unsigned char **out, double t) XGGEO_NOEXCEPT;
+/* In place; angles unchanged.  (The name's spelling is part of the interface.) */
+XGGEO_API int32_t xgWKB_dim_strecth(unsigned char *shape, const _xgWKB_POINT *base, double sx, double sy) XGGEO_NOEXCEPT;
+
 /* ------------------------------------------------------------------------------------------ */
 /* End of the C interface                                                                      */
 /* ------------------------------------------------------------------------------------------ */
@@ -788,6 +922,39 @@ XGGEO_API int32_t xgWKB_shape_snap_point(const unsigned char *shape, const _xgWK
 /* ------------------------------------------------------------------------------------------ */
 
 /* Annotation descriptors */
+
+/* One placed text's record in a block the caller owns: [u32 D][u32 L][text][text point][angle]
+ * [u8 leader flag][leader point, flag only][extent box].  -65 for a null record, text or
+ * out-pointer. */
+/* D for the given fields (not a status): 65 + strlen(text), + 16 when the two points differ by
+ * 0.0001 or more on some axis. */
+XGGEO_API int32_t xgWKB_desc_get_size(const _xgWKB_POINT &text_point, const _xgWKB_POINT &leader_point,
+                                      const _xgWKB_BOX &extent, double angle, const char *text) XGGEO_NOEXCEPT;
+/* Writes a record into out (size bytes, the value of xgWKB_desc_get_size); D is stored as size
+ * is given, the text without its terminator. */
+XGGEO_API int32_t xgWKB_desc_create(const _xgWKB_POINT &text_point, const _xgWKB_POINT &leader_point,
+                                    const _xgWKB_BOX &extent, double angle, const char *text,
+                                    int32_t size, unsigned char *out) XGGEO_NOEXCEPT;
+/* Field getters; the leader getter returns -1 for a record without one.  The text comes back as
+ * its L bytes in a new block (no terminator added).  The symbol getter reads the byte after the
+ * record as a symbol flag (inside a SingleText it is one): -1 when 0, else a new block of the S
+ * bytes after it. */
+XGGEO_API int32_t xgWKB_get_desc_text_point(const unsigned char *desc, _xgWKB_POINT *out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_get_desc_leader_point(const unsigned char *desc, _xgWKB_POINT *out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_get_desc_angle(const unsigned char *desc, double *out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_get_desc_text(const unsigned char *desc, char **out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_get_desc_symbol(const unsigned char *desc, unsigned char **out) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_desc_get_extent(const unsigned char *desc, _xgWKB_BOX *out) XGGEO_NOEXCEPT;
+/* In-place setters.  Setting the leader of a record without one sets the flag and writes the
+ * point over the first 16 bytes of the box without enlarging the record. */
+XGGEO_API int32_t xgWKB_set_desc_text_point(unsigned char *desc, const _xgWKB_POINT &p) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_set_desc_angle(unsigned char *desc, double angle) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_set_desc_extent(unsigned char *desc, const _xgWKB_BOX &extent) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_set_desc_leader_point(unsigned char *desc, const _xgWKB_POINT &p) XGGEO_NOEXCEPT;
+/* Replaces the text (stored without terminator) of a record that is a malloc block of its own:
+ * a new block of D - L + strlen(text) bytes is stored in *desc and the old one freed.  On failure
+ * the old block is kept. */
+XGGEO_API int32_t xgWKB_set_desc_text(unsigned char **desc, const char *text) XGGEO_NOEXCEPT;
 
 /* The coordinate codec */
 

@@ -76,6 +76,11 @@ TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines)
       {"envelope touches 0 0 10 10 0.001 -a 'point (-0.0005 5)'", "", "true\n"},
       {"envelope near 0 0 10 10 -a 'point (1 1)'", "", "", 2, "unknown relation"},
       // Annotations
+      {"text ab 1 2 0.5 0 1 10 3 5 5", "", "ab 1 2 0.5 5 5 0 1 10 3\n"},
+      {"text ab 1 2 0 0 1 10 3 1.00001 2", "", "ab 1 2 0 none 0 1 10 3\n"},  // leader within 0.0001
+      {"outline ab 1 1 1.5707963267948966 0 0 4 2", "",
+       "polygon ((0.000000 0.000000,0.000000 4.000000,2.000000 4.000000,2.000000 0.000000,0.000000 0.000000))\n"},
+      {"text ab 1 2 0 0 1 10 3 5", "", "", 2},
       // Coordinate codec
   };
   for (const auto& c : cases) {

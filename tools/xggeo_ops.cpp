@@ -313,6 +313,10 @@ const Op kOperations[] = {
      "whether the shape REL (disjoint, intersects, within, contains, crosses, overlaps, touches) the box",
      op_envelope},
     // Annotations
+    {"text", Inputs::kNone, 8, 10, "TEXT X Y ANGLE MINX MINY MAXX MAXY [LX LY]",
+     "a SingleText built from its fields, read back: text, point, angle, leader (or none), box", op_text},
+    {"outline", Inputs::kNone, 8, 10, "TEXT X Y ANGLE MINX MINY MAXX MAXY [LX LY]",
+     "the outline polygon of a SingleText: its box turned by ANGLE about (X, Y)", op_outline},
     // Coordinate codec
 };
 

@@ -109,6 +109,8 @@ int32_t op_along(const Operands& in, const Args& args, Output& out);
 int32_t op_snap(const Operands& in, const Args& args, Output& out);
 int32_t op_envelope(const Operands& in, const Args& args, Output& out);
 // Annotations
+int32_t op_text(const Operands& in, const Args& args, Output& out);
+int32_t op_outline(const Operands& in, const Args& args, Output& out);
 // Coordinate codec
 
 // Longer help that `xggeo OP --help` prints after the usage line, or null when the operation has

@@ -28,6 +28,16 @@ int32_t make_multiline(int32_t parts, const int32_t* counts, const _xgWKB_POINT*
 // polygon or multipolygon (-27 when there is no ring).  Other types: -134.
 int32_t shape_as_line(const byte* shape, byte** out);
 
+// The closed, clockwise five-point polygon of a box: (minx,miny), (minx,maxy), (maxx,maxy),
+// (maxx,miny), (minx,miny).  Null when memory runs out.
+byte* polygon_of_box(const _xgWKB_BOX& b);
+
+// One multi-type of every member of the multi-type shapes and every other shape as a member; the
+// last shape's type picks the result (count >= 1, no null entry).  -134 for an earlier shape that
+// is not a geometry (nothing allocated), or for a last one that is not (a zeroed block is already
+// in *out and the caller frees it).
+int32_t combine_shapes(const byte* const* shapes, int32_t count, byte** out);
+
 }  // namespace xg
 
 #endif  // XGGEO_CORE_CONSTRUCT_H

@@ -27,7 +27,11 @@ uint32_t multi_type_for(uint32_t type) {
   }
 }
 
-int32_t combine(const byte* const* shapes, int32_t count, byte** out) {
+}  // namespace
+
+namespace xg {
+
+int32_t combine_shapes(const byte* const* shapes, int32_t count, byte** out) {
   // The sizes double as the flag array: a multi-type input contributes its members (its bytes
   // after the 9-byte header), any other input itself as one member.
   std::vector<uint32_t> sizes(static_cast<std::size_t>(count), 0);
@@ -75,7 +79,7 @@ int32_t combine(const byte* const* shapes, int32_t count, byte** out) {
   return XGWKB_OK;
 }
 
-}  // namespace
+}  // namespace xg
 
 extern "C" {
 
@@ -97,7 +101,7 @@ int32_t xgWKB_shape_combine(const unsigned char* const* shapes, int32_t count,
                             unsigned char** out) noexcept {
   if (shapes == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
   if (count < 1) return XGWKB_E_INVALID_ARGUMENT;
-  return guarded([&] { return combine(shapes, count, out); });
+  return guarded([&] { return combine_shapes(shapes, count, out); });
 }
 
 }  // extern "C"

@@ -16,6 +16,10 @@ int32_t deliver(byte* blob, byte** out) {
   return XGWKB_OK;
 }
 
+}  // namespace
+
+namespace xg {
+
 byte* polygon_of_box(const _xgWKB_BOX& b) {
   byte* blob = blob_alloc(kCountedHeaderSize + run_bytes(5));
   if (blob == nullptr) return nullptr;
@@ -31,10 +35,6 @@ byte* polygon_of_box(const _xgWKB_BOX& b) {
       .point({b.minx, b.miny});
   return blob;
 }
-
-}  // namespace
-
-namespace xg {
 
 int32_t make_multiline(int32_t parts, const int32_t* counts, const _xgWKB_POINT* points, byte** out) {
   if (points == nullptr) return XGWKB_E_NULL_POINTER;

@@ -3,8 +3,10 @@
 #ifndef XGGEO_CORE_POINT_PRIMITIVES_H
 #define XGGEO_CORE_POINT_PRIMITIVES_H
 
+#include <cmath>
 #include <cstdint>
 
+#include "core/angles.h"
 #include "core/blob.h"
 
 namespace xg {

@@ -48,6 +48,9 @@ int32_t xgWKB_shape_duplicate(const unsigned char* shape, unsigned char** copy) 
       size = kHeaderSize;
     } else if (type == XGWKB_TYPE_ENVELOPE) {
       size = kEnvelopeBlobSize;
+    } else if (type >= XGWKB_TYPE_SINGLETEXT && type <= XGWKB_TYPE_ALIGNEDDIM) {
+      // Annotations and dimensions carry their own total size after the header.
+      size = load_u32(shape + kHeaderSize);
     } else {
       return XGWKB_E_INVALID_SHAPE;
     }
