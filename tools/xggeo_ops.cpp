@@ -307,6 +307,11 @@ const Op kOperations[] = {
     // Linear referencing, snapping and envelope relations
     // Annotations
     // Coordinate codec
+    {"encode", Inputs::kShape, 0, 3, "[OX OY SCALE]",
+     "the shape's compressed coordinate stream in hex (origin 0 0, scale 100 by default); with -t "
+     "also stream bytes / blob bytes", op_encode},
+    {"decode", Inputs::kText, 0, 3, "[OX OY SCALE]", "the shape of a compressed coordinate stream given in hex",
+     op_decode},
 };
 
 const std::size_t kOperationCount = sizeof kOperations / sizeof kOperations[0];

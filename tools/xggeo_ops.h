@@ -42,6 +42,7 @@ struct Operands {
   const unsigned char* a = nullptr;
   const unsigned char* b = nullptr;
   const char* text = nullptr;
+  bool timed = false;  // -t was given (an operation may add figures of its own to its line)
 };
 
 // The arguments after the operation's name, checked against its arity by the driver.
@@ -102,6 +103,8 @@ struct Op {
 // Linear referencing, snapping and envelope relations
 // Annotations
 // Coordinate codec
+int32_t op_encode(const Operands& in, const Args& args, Output& out);
+int32_t op_decode(const Operands& in, const Args& args, Output& out);
 
 // The operation table, in the order --help lists it.
 extern const Op kOperations[];
