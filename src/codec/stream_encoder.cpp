@@ -16,13 +16,23 @@ struct Tally {
   bool inside = true;
 };
 
-// Tallies a counted point run; returns its end.
+// Tallies a counted point run; returns its end.  The range test runs on the run's box (kept
+// branch-free so that the loop vectorises) plus a test for NaN, which no box comparison sees.
 const byte* tally_run(const byte* run, const Frame& frame, Tally& t) {
   const uint32_t n = load_u32(run);
   const byte* c = run + 4;
-  bool inside = true;
-  for (uint32_t i = 0; i < n; ++i, c += kCoordSize) inside &= frame.contains(load_f64(c), load_f64(c + 8));
-  t.inside &= inside;
+  if (n == 0) return c;
+  double lo_x = load_f64(c), hi_x = lo_x, lo_y = load_f64(c + 8), hi_y = lo_y;
+  bool nan = false;
+  for (uint32_t i = 0; i < n; ++i, c += kCoordSize) {
+    const double x = load_f64(c), y = load_f64(c + 8);
+    lo_x = x < lo_x ? x : lo_x;
+    hi_x = x > hi_x ? x : hi_x;
+    lo_y = y < lo_y ? y : lo_y;
+    hi_y = y > hi_y ? y : hi_y;
+    nan |= (x != x) | (y != y);
+  }
+  t.inside &= !nan && frame.contains(lo_x, lo_y) && frame.contains(hi_x, hi_y);
   t.points += n;
   return c;
 }
@@ -46,20 +56,51 @@ class CodeWriter {
   // The next point is written as its integers.
   void fresh() { px_ = py_ = 0; }
 
-  void point(int32_t ix, int32_t iy) {
-    // Both integers lie in 0..2147483647, so the differences fit in 32 bits.
-    at_ = put_code(at_, ix - px_);
-    at_ = put_code(at_, iy - py_);
-    px_ = ix;
-    py_ = iy;
+  // Writes the point of the coordinate pair at c.
+  void point(const byte* c) {
+    byte* at = at_;
+    write(&at, to_unit(load_f64(c), frame_.origin_x, frame_.scale),
+          to_unit(load_f64(c + 8), frame_.origin_y, frame_.scale), &px_, &py_);
+    at_ = at;
   }
 
-  // The integers of the coordinate pair at c.
-  void units(const byte* c, int32_t* ix, int32_t* iy) const {
-    *ix = to_unit(load_f64(c), frame_.origin_x, frame_.scale);
-    *iy = to_unit(load_f64(c + 8), frame_.origin_y, frame_.scale);
+  // Writes a point unless it repeats the one written before it (when skip_repeat).  Returns
+  // whether it was written.
+  bool distinct_point(const byte* c) {
+    const int32_t ix = to_unit(load_f64(c), frame_.origin_x, frame_.scale);
+    const int32_t iy = to_unit(load_f64(c + 8), frame_.origin_y, frame_.scale);
+    if (ix == px_ && iy == py_) return false;
+    byte* at = at_;
+    write(&at, ix, iy, &px_, &py_);
+    at_ = at;
+    return true;
   }
-  bool repeats(int32_t ix, int32_t iy) const { return ix == px_ && iy == py_; }
+
+  // Writes the points of a counted run: the first always, every later one unless it repeats
+  // the point written before it.  Returns the number written.
+  uint32_t run(const byte* run) {
+    const uint32_t n = load_u32(run);
+    if (n == 0) return 0;
+    const byte* c = run + 4;
+    point(c);
+    // The loop keeps everything in locals: its byte stores could alias the members otherwise.
+    byte* at = at_;
+    int32_t px = px_, py = py_;
+    const Frame f = frame_;
+    uint32_t written = 1;
+    for (uint32_t i = 1; i < n; ++i) {
+      c += kCoordSize;
+      const int32_t ix = to_unit(load_f64(c), f.origin_x, f.scale);
+      const int32_t iy = to_unit(load_f64(c + 8), f.origin_y, f.scale);
+      if (ix == px && iy == py) continue;
+      write(&at, ix, iy, &px, &py);
+      ++written;
+    }
+    at_ = at;
+    px_ = px;
+    py_ = py;
+    return written;
+  }
 
   // The difference that takes the running point to (-1, 0): (-x - 1, -y).
   void separator() {
@@ -87,26 +128,18 @@ class CodeWriter {
   }
 
  private:
+  // Both integers lie in 0..2147483647, so the differences fit in 32 bits.
+  static void write(byte** at, int32_t ix, int32_t iy, int32_t* px, int32_t* py) {
+    *at = put_code_wide(*at, ix - *px);
+    *at = put_code_wide(*at, iy - *py);
+    *px = ix;
+    *py = iy;
+  }
+
   byte* at_;
-  const Frame& frame_;
+  const Frame frame_;
   int32_t px_ = 0, py_ = 0;
 };
-
-// Writes the points of a counted run: the first always, every later one unless it repeats the
-// point written before it.  Returns the number written.
-uint32_t write_points(CodeWriter& w, const byte* run) {
-  const uint32_t n = load_u32(run);
-  const byte* c = run + 4;
-  uint32_t written = 0;
-  for (uint32_t i = 0; i < n; ++i, c += kCoordSize) {
-    int32_t ix, iy;
-    w.units(c, &ix, &iy);
-    if (written != 0 && w.repeats(ix, iy)) continue;
-    w.point(ix, iy);
-    ++written;
-  }
-  return written;
-}
 
 // Writes a polygon's rings (u32 count, points), continuing from the running point.  A ring left
 // with fewer than 4 points is taken back out whole, and the running point returns to the end of
@@ -119,7 +152,7 @@ uint32_t write_polygon(CodeWriter& w, const byte* polygon) {
   for (uint32_t r = 0; r < rings; ++r) {
     const CodeWriter::Mark start = w.mark();
     w.u32(0);  // the count, filled in below
-    const uint32_t n = write_points(w, at);
+    const uint32_t n = w.run(at);
     at += wkb_ring_size(at);
     if (n < kMinRingPoints) {
       w.rewind(start);
@@ -134,7 +167,7 @@ uint32_t write_polygon(CodeWriter& w, const byte* polygon) {
 
 bool write_linestring(CodeWriter& w, const byte* line) {
   w.fresh();
-  return write_points(w, line + kHeaderSize) >= kMinLinePoints;
+  return w.run(line + kHeaderSize) >= kMinLinePoints;
 }
 
 void write_multipoint(CodeWriter& w, const byte* multi) {
@@ -142,10 +175,11 @@ void write_multipoint(CodeWriter& w, const byte* multi) {
   const uint32_t members = shape_count(multi);
   const byte* at = multi + kCountedHeaderSize;
   for (uint32_t i = 0; i < members; ++i, at += kPointBlobSize) {
-    int32_t ix, iy;
-    w.units(at + kHeaderSize, &ix, &iy);
-    if (i != 0 && w.repeats(ix, iy)) continue;
-    w.point(ix, iy);
+    if (i == 0) {
+      w.point(at + kHeaderSize);
+    } else {
+      w.distinct_point(at + kHeaderSize);
+    }
   }
 }
 
@@ -161,7 +195,7 @@ bool write_multilinestring(CodeWriter& w, const byte* multi) {
     const bool last = i + 1 == members;
     const CodeWriter::Mark start = w.mark();
     w.fresh();
-    const uint32_t n = write_points(w, at + kHeaderSize);
+    const uint32_t n = w.run(at + kHeaderSize);
     at += kHeaderSize + wkb_ring_size(at + kHeaderSize);
     if (n < kMinLinePoints) {
       w.rewind(start);
@@ -252,7 +286,8 @@ int32_t plan_stream(const byte* shape, const Frame& frame, int64_t* capacity) {
   if (type == XGWKB_TYPE_POLYGON) need += 4 * rings;
   if (type == XGWKB_TYPE_MULTILINESTRING) need += 10 * (parts - 1);
   if (type == XGWKB_TYPE_MULTIPOLYGON) need += 4 * (parts + rings - 1);
-  *capacity = need < static_cast<int64_t>(kStreamHeaderSize) ? static_cast<int64_t>(kStreamHeaderSize) : need;
+  if (need < static_cast<int64_t>(kStreamHeaderSize)) need = kStreamHeaderSize;
+  *capacity = need + kWideSlack;
   return XGWKB_OK;
 }
 
@@ -263,12 +298,9 @@ int32_t write_stream(const byte* shape, const Frame& frame, byte* out, int32_t* 
   CodeWriter w(out + kStreamHeaderSize, frame);
   bool written = true;
   switch (type) {
-    case XGWKB_TYPE_POINT: {
-      int32_t ix, iy;
-      w.units(shape + kHeaderSize, &ix, &iy);
-      w.point(ix, iy);
+    case XGWKB_TYPE_POINT:
+      w.point(shape + kHeaderSize);
       break;
-    }
     case XGWKB_TYPE_LINESTRING:
       written = write_linestring(w, shape);
       break;

@@ -11,7 +11,7 @@ namespace codec {
 
 // Vets a shape for encoding and bounds the stream it gives.  Returns XGWKB_OK with *capacity
 // set (bytes the writer may use: 10 per point, separator or 0 word, 4 per ring count, 9 of
-// header); XGWKB_E_INVALID_GEOMETRY_TYPE for a type outside 1-6; XGWKB_E_INVALID_SHAPE for a
+// header, and the slack of the wide code writer); XGWKB_E_INVALID_GEOMETRY_TYPE for a type outside 1-6; XGWKB_E_INVALID_SHAPE for a
 // multi-type holding a member of the wrong type; XGWKB_E_CODEC_RANGE when a coordinate lies
 // outside the frame.  Every coordinate is tested, holes included, so no integer is ever formed
 // from a value outside the frame (for a well-formed polygon, whose holes lie inside its outer

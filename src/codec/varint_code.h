@@ -7,6 +7,7 @@
 #define XGGEO_CODEC_VARINT_CODE_H
 
 #include <cstdint>
+#include <cstring>
 
 namespace xg {
 namespace codec {
@@ -42,6 +43,27 @@ inline byte* put_code(byte* out, int32_t v) {
   }
   *out++ = static_cast<byte>(a);  // at most seven bits are left here
   return out;
+}
+
+// Bytes a writer must have beyond its last code for put_code_wide.
+constexpr int kWideSlack = 8;
+
+// The same code as put_code, built without branches and stored as one 8-byte word: the bytes
+// past the code are scratch, so out needs kWideSlack bytes of room.  The encoder's hot loop
+// uses this; the byte count of a code varies from point to point and would mispredict.
+inline byte* put_code_wide(byte* out, int32_t v) {
+  const uint32_t negative = static_cast<uint32_t>(v) >> 31;
+  const uint32_t a = negative ? 0u - static_cast<uint32_t>(v) : static_cast<uint32_t>(v);
+  const int n = code_length(a);
+  const uint64_t rest = a >> 6;  // at most 26 bits, spread over bytes 1..4, seven per byte
+  uint64_t word = (a & 0x3Fu) | (negative << 6) |
+                  ((rest & 0x7Fu) | ((rest & 0x3F80u) << 1) | ((rest & 0x1FC000u) << 2) |
+                   ((rest & 0xFE00000u) << 3))
+                      << 8;
+  word |= 0x8080808080ull & ((uint64_t{1} << (8 * (n - 1))) - 1);  // continuation bits
+  if (__BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__) word = __builtin_bswap64(word);
+  std::memcpy(out, &word, sizeof word);
+  return out + n;
 }
 
 // Reads one code from [p, end).  Returns the byte after it, or nullptr when the code runs past
