@@ -49,3 +49,20 @@ TEST(Exports, InternalHelpersStayHidden) {
   EXPECT_EQ(dlsym(lib, "_ZN2xg13geometry_sizeEPKhPj"), nullptr);  // xg::geometry_size
   dlclose(lib);
 }
+
+TEST(Exports, CodecClassMembersResolveUnderTheirMangledNames) {
+  void* lib = dlopen(XGGEO_SHARED_LIB, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(lib, nullptr) << dlerror();
+  for (const char* name : {"_ZN13CDataTransferC1Ev", "_ZN13CDataTransferD1Ev", "_ZN13CDataTransferC1ERKS_",
+                           "_ZN13CDataTransferaSERKS_", "_ZN13CDataTransfer16SetCoordinateInfEddd",
+                           "_ZN13CDataTransfer16GetCoordinateInfEP10_xgWKB_BOXPd",
+                           "_ZN13CDataTransfer11Double2LongERdS0_RiS1_", "_ZN13CDataTransfer11Long2DoubleERiS0_RdS1_",
+                           "_ZN13CDataTransfer10Double2IntERdS0_RiS1_", "_ZN13CDataTransfer10Int2DoubleERiS0_RdS1_",
+                           "_ZN13CDataTransfer15Int2CompressIntERiS0_", "_ZN13CDataTransfer9GetNextXYEPKhRiS2_S2_",
+                           "_ZN13CDataTransfer9AllocSizeEi", "_ZN13CDataTransfer19ConvertWkb2CompressEPKh",
+                           "_ZN13CDataTransfer19ConvertCompress2WkbEPKh", "_ZN13CDataTransfer19ConvertCompress2WkbEPKhi",
+                           "_ZN13CDataTransfer13GetResultSizeEv", "_ZN13CDataTransfercvPhEv"}) {
+    EXPECT_NE(dlsym(lib, name), nullptr) << name;
+  }
+  dlclose(lib);
+}
