@@ -159,6 +159,10 @@ TEST(CodecEncode, StatusesForBadShapes) {
       {xgtest::point(-0.01, 5), -500},
       {xgtest::linestring({{1, 1}, {1, 2147483647 / 100.0 + 1}}), -500},
       {xgtest::polygon({xgtest::square(0, 0, 10), xgtest::square(-5, 2, 1)}), -500},  // a hole outside
+      // The range verdict covers the rings that are never written, and comes before -501.
+      {xgtest::polygon({{{0, 0}, {1, 0}, {0, 0}, {0, 0}}, xgtest::square(-5, 2, 1)}), -500},
+      {xgtest::multi(XGWKB_TYPE_MULTIPOLYGON, {xgtest::polygon({{{0, 0}, {0, 0}}, xgtest::square(2, -9, 1)})}), -500},
+      {xgtest::linestring({{1, 1}, {1, std::nan("")}}), -500},
       {xgtest::linestring({{1, 1}, {1.001, 1.001}, {1, 1}}), -501},  // collapses to one point
       {xgtest::linestring({}), -501},
       {xgtest::polygon({{{0, 0}, {1, 0}, {0, 0}, {0, 0}}, xgtest::square(0, 0, 1)}), -501},  // outer dropped

@@ -174,7 +174,7 @@ int32_t CDataTransfer::ConvertWkb2Compress(const unsigned char* shape) {
     if (shape == nullptr) return XGWKB_E_NULL_POINTER;
     const codec::Frame frame{m_originX, m_originY, m_scale, m_upperX, m_upperY};
     int64_t need = 0;
-    if (int32_t status = codec::plan_stream(shape, frame, &need)) return status;
+    if (int32_t status = codec::plan_stream(shape, &need)) return status;
     if (need >= codec::kMaxUnit) return XGWKB_E_FAILED;
     AllocSize(static_cast<int32_t>(need));
     if (m_buffer == nullptr || m_buffer->capacity < need) return XGWKB_E_FAILED;

@@ -1,4 +1,10 @@
 // stream_encoder.cpp - shape blob to compressed coordinate stream.
+//
+// Two passes: plan_stream walks the headers only (types and counts, for the capacity bound);
+// write_stream reads every coordinate once, coding it and folding it into the range test as it
+// goes, so a long line is read from memory once.  Coordinates that the writer skips (the rest of
+// a polygon whose outer ring is dropped) are range-tested on their own, so the range verdict
+// covers every coordinate of the shape and wins over "nothing left".
 #include "codec/stream_encoder.h"
 
 #include "codec/stream_format.h"
@@ -9,71 +15,56 @@ namespace xg {
 namespace codec {
 namespace {
 
-// ---- planning: types, range and the capacity bound ---------------------------------------
+// ---- planning: types and the capacity bound ----------------------------------------------
 
 struct Tally {
   uint64_t points = 0, rings = 0, parts = 0;
-  bool inside = true;
 };
 
-// Tallies a counted point run; returns its end.  The range test runs on the run's box (kept
-// branch-free so that the loop vectorises) plus a test for NaN, which no box comparison sees.
-const byte* tally_run(const byte* run, const Frame& frame, Tally& t) {
-  const uint32_t n = load_u32(run);
-  const byte* c = run + 4;
-  if (n == 0) return c;
-  double lo_x = load_f64(c), hi_x = lo_x, lo_y = load_f64(c + 8), hi_y = lo_y;
-  bool nan = false;
-  for (uint32_t i = 0; i < n; ++i, c += kCoordSize) {
-    const double x = load_f64(c), y = load_f64(c + 8);
-    lo_x = x < lo_x ? x : lo_x;
-    hi_x = x > hi_x ? x : hi_x;
-    lo_y = y < lo_y ? y : lo_y;
-    hi_y = y > hi_y ? y : hi_y;
-    nan |= (x != x) | (y != y);
-  }
-  t.inside &= !nan && frame.contains(lo_x, lo_y) && frame.contains(hi_x, hi_y);
-  t.points += n;
-  return c;
-}
-
-const byte* tally_polygon(const byte* polygon, const Frame& frame, Tally& t) {
+const byte* tally_polygon(const byte* polygon, Tally& t) {
   const uint32_t rings = shape_count(polygon);
   const byte* at = polygon + kCountedHeaderSize;
-  for (uint32_t i = 0; i < rings; ++i) at = tally_run(at, frame, t);
+  for (uint32_t i = 0; i < rings; ++i) {
+    t.points += load_u32(at);
+    at += wkb_ring_size(at);
+  }
   t.rings += rings;
   return at;
 }
 
 // ---- writing -----------------------------------------------------------------------------
 
-// Appends codes, remembering the running point that the next difference starts from.
+// Appends codes, remembering the running point that the next difference starts from, and
+// whether every coordinate seen so far lies inside the frame.  Outside the frame the integers
+// saturate and the differences wrap (no overflow); such a stream is thrown away.
 class CodeWriter {
  public:
   CodeWriter(byte* at, const Frame& frame) : at_(at), frame_(frame) {}
 
   byte* position() const { return at_; }
+  bool inside() const { return inside_; }
   // The next point is written as its integers.
   void fresh() { px_ = py_ = 0; }
 
   // Writes the point of the coordinate pair at c.
   void point(const byte* c) {
+    const double x = load_f64(c), y = load_f64(c + 8);
+    inside_ &= frame_.contains(x, y);
     byte* at = at_;
-    write(&at, to_unit(load_f64(c), frame_.origin_x, frame_.scale),
-          to_unit(load_f64(c + 8), frame_.origin_y, frame_.scale), &px_, &py_);
+    write(&at, to_unit(x, frame_.origin_x, frame_.scale), to_unit(y, frame_.origin_y, frame_.scale), &px_, &py_);
     at_ = at;
   }
 
-  // Writes a point unless it repeats the one written before it (when skip_repeat).  Returns
-  // whether it was written.
-  bool distinct_point(const byte* c) {
-    const int32_t ix = to_unit(load_f64(c), frame_.origin_x, frame_.scale);
-    const int32_t iy = to_unit(load_f64(c + 8), frame_.origin_y, frame_.scale);
-    if (ix == px_ && iy == py_) return false;
+  // Writes the point of the pair at c unless it repeats the point written before it.
+  void distinct_point(const byte* c) {
+    const double x = load_f64(c), y = load_f64(c + 8);
+    inside_ &= frame_.contains(x, y);
+    const int32_t ix = to_unit(x, frame_.origin_x, frame_.scale);
+    const int32_t iy = to_unit(y, frame_.origin_y, frame_.scale);
+    if (ix == px_ && iy == py_) return;
     byte* at = at_;
     write(&at, ix, iy, &px_, &py_);
     at_ = at;
-    return true;
   }
 
   // Writes the points of a counted run: the first always, every later one unless it repeats
@@ -87,11 +78,14 @@ class CodeWriter {
     byte* at = at_;
     int32_t px = px_, py = py_;
     const Frame f = frame_;
+    bool inside = true;
     uint32_t written = 1;
     for (uint32_t i = 1; i < n; ++i) {
       c += kCoordSize;
-      const int32_t ix = to_unit(load_f64(c), f.origin_x, f.scale);
-      const int32_t iy = to_unit(load_f64(c + 8), f.origin_y, f.scale);
+      const double x = load_f64(c), y = load_f64(c + 8);
+      inside &= f.contains(x, y);
+      const int32_t ix = to_unit(x, f.origin_x, f.scale);
+      const int32_t iy = to_unit(y, f.origin_y, f.scale);
       if (ix == px && iy == py) continue;
       write(&at, ix, iy, &px, &py);
       ++written;
@@ -99,13 +93,23 @@ class CodeWriter {
     at_ = at;
     px_ = px;
     py_ = py;
+    inside_ &= inside;
     return written;
+  }
+
+  // Range-tests a run that is not written.
+  void check(const byte* run) {
+    const uint32_t n = load_u32(run);
+    const byte* c = run + 4;
+    bool inside = true;
+    for (uint32_t i = 0; i < n; ++i, c += kCoordSize) inside &= frame_.contains(load_f64(c), load_f64(c + 8));
+    inside_ &= inside;
   }
 
   // The difference that takes the running point to (-1, 0): (-x - 1, -y).
   void separator() {
-    at_ = put_code(at_, -px_ - 1);
-    at_ = put_code(at_, -py_);
+    at_ = put_code(at_, wrap(0u - static_cast<uint32_t>(px_) - 1u));
+    at_ = put_code(at_, wrap(0u - static_cast<uint32_t>(py_)));
     px_ = -1;
     py_ = 0;
   }
@@ -128,10 +132,12 @@ class CodeWriter {
   }
 
  private:
-  // Both integers lie in 0..2147483647, so the differences fit in 32 bits.
+  static int32_t wrap(uint32_t v) { return static_cast<int32_t>(v); }
+
+  // Inside the frame both integers lie in 0..2147483647, so the differences fit in 32 bits.
   static void write(byte** at, int32_t ix, int32_t iy, int32_t* px, int32_t* py) {
-    *at = put_code_wide(*at, ix - *px);
-    *at = put_code_wide(*at, iy - *py);
+    *at = put_code_wide(*at, wrap(static_cast<uint32_t>(ix) - static_cast<uint32_t>(*px)));
+    *at = put_code_wide(*at, wrap(static_cast<uint32_t>(iy) - static_cast<uint32_t>(*py)));
     *px = ix;
     *py = iy;
   }
@@ -139,12 +145,13 @@ class CodeWriter {
   byte* at_;
   const Frame frame_;
   int32_t px_ = 0, py_ = 0;
+  bool inside_ = true;
 };
 
 // Writes a polygon's rings (u32 count, points), continuing from the running point.  A ring left
 // with fewer than 4 points is taken back out whole, and the running point returns to the end of
-// the last ring kept; when that happens to the outer ring, nothing of the polygon stays.
-// Returns the number of rings kept.
+// the last ring kept; when that happens to the outer ring, nothing of the polygon stays (its
+// other rings are only range-tested).  Returns the number of rings kept.
 uint32_t write_polygon(CodeWriter& w, const byte* polygon) {
   const uint32_t rings = shape_count(polygon);
   const byte* at = polygon + kCountedHeaderSize;
@@ -156,7 +163,10 @@ uint32_t write_polygon(CodeWriter& w, const byte* polygon) {
     at += wkb_ring_size(at);
     if (n < kMinRingPoints) {
       w.rewind(start);
-      if (r == 0) return 0;
+      if (r == 0) {
+        for (uint32_t rest = 1; rest < rings; ++rest, at += wkb_ring_size(at)) w.check(at);
+        return 0;
+      }
       continue;
     }
     store_u32(start.at, n);
@@ -240,22 +250,19 @@ bool write_multipolygon(CodeWriter& w, const byte* multi) {
 
 }  // namespace
 
-int32_t plan_stream(const byte* shape, const Frame& frame, int64_t* capacity) {
+int32_t plan_stream(const byte* shape, int64_t* capacity) {
   const uint32_t type = shape_type(shape);
   if (!is_geometry_type(type)) return XGWKB_E_INVALID_GEOMETRY_TYPE;
   Tally t;
   switch (type) {
-    case XGWKB_TYPE_POINT: {
-      const byte* c = shape + kHeaderSize;
-      t.inside = frame.contains(load_f64(c), load_f64(c + 8));
+    case XGWKB_TYPE_POINT:
       t.points = 1;
       break;
-    }
     case XGWKB_TYPE_LINESTRING:
-      tally_run(shape + kHeaderSize, frame, t);
+      t.points = shape_count(shape);
       break;
     case XGWKB_TYPE_POLYGON:
-      tally_polygon(shape, frame, t);
+      tally_polygon(shape, t);
       break;
     default: {  // the multi-types
       const uint32_t member_type = type - 3;
@@ -264,21 +271,19 @@ int32_t plan_stream(const byte* shape, const Frame& frame, int64_t* capacity) {
       for (uint32_t i = 0; i < members; ++i) {
         if (shape_type(at) != member_type) return XGWKB_E_INVALID_SHAPE;
         if (member_type == XGWKB_TYPE_POINT) {
-          const byte* c = at + kHeaderSize;
-          t.inside &= frame.contains(load_f64(c), load_f64(c + 8));
           ++t.points;
           at += kPointBlobSize;
         } else if (member_type == XGWKB_TYPE_LINESTRING) {
-          at = tally_run(at + kHeaderSize, frame, t);
+          t.points += shape_count(at);
+          at += kHeaderSize + wkb_ring_size(at + kHeaderSize);
         } else {
-          at = tally_polygon(at, frame, t);
+          at = tally_polygon(at, t);
         }
       }
       t.parts = members;
       break;
     }
   }
-  if (!t.inside) return XGWKB_E_CODEC_RANGE;
   // Every point codes in at most 10 bytes, as does a separator; counts and 0 words take 4.
   const int64_t points = static_cast<int64_t>(t.points), rings = static_cast<int64_t>(t.rings),
                 parts = static_cast<int64_t>(t.parts);
@@ -318,6 +323,7 @@ int32_t write_stream(const byte* shape, const Frame& frame, byte* out, int32_t* 
       written = write_multipolygon(w, shape);
       break;
   }
+  if (!w.inside()) return XGWKB_E_CODEC_RANGE;
   if (!written) return XGWKB_E_CODEC_NOTHING;
   const auto length = static_cast<uint32_t>(w.position() - out);
   store_u32(out + 5, length);
