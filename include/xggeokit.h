@@ -718,8 +718,9 @@ class XGGEO_API CDataTransfer {
   /* Fills the buffer with the stream of a shape of type 1-6.  Repeated points are left out;
    * polygon rings left with fewer than 4 points and lines left with fewer than 2 are dropped
    * (a polygon whose outer ring is dropped writes nothing; so does a multipolygon member).
-   * Returns 0; -65 null shape; -199 type not 1-6 (the nil shape included); -500 a coordinate
-   * outside the range; -501 nothing left to write (a linestring of fewer than 2 points, a
+   * Returns 0; -65 null shape; -199 type not 1-6 (the nil shape included); -134 a multi-type
+   * holding a member of another type; -500 a coordinate outside the range (every coordinate is
+   * tested, holes included); -501 nothing left to write (a linestring of fewer than 2 points, a
    * polygon, multilinestring or multipolygon with nothing kept); -1 out of memory. */
   int32_t ConvertWkb2Compress(const unsigned char *shape);
   /* Fills the buffer with the shape blob of a stream, trusting the stream's length field.
