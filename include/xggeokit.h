@@ -724,7 +724,8 @@ class XGGEO_API CDataTransfer {
    * polygon, multilinestring or multipolygon with nothing kept); -1 out of memory. */
   int32_t ConvertWkb2Compress(const unsigned char *shape);
   /* Fills the buffer with the shape blob of a stream, trusting the stream's length field.
-   * Returns 0; -65 null stream; -199 type word not 10001..10006; -501 malformed body. */
+   * Returns 0; -65 null stream; -199 type word not 10001..10006; -501 a malformed stream (as
+   * the bounded form below, with the length field as the bytes available). */
   int32_t ConvertCompress2Wkb(const unsigned char *stream);
   /* Decodes a stream of which only `available` bytes may be read (untrusted input).  A stream
    * whose first byte is not 1, whose length field is below 9 or exceeds available, whose type

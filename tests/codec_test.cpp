@@ -17,6 +17,7 @@ namespace {
 
 // Exposes the protected members the tests look at.
 struct Codec : CDataTransfer {
+  using CDataTransfer::AllocSize;
   using CDataTransfer::GetNextXY;
   Bytes result() {
     unsigned char* p = *this;
@@ -309,6 +310,20 @@ TEST(CodecBuffer, CopiesShareOneBufferReleasedOnce) {
   d = Codec();  // a and e still hold the buffer
   EXPECT_EQ(e.result(), s);
 }  // the address sanitizer reports any double free or leak of these buffers
+
+TEST(CodecBuffer, AllocSizeGrowsPastTheNeedAndKeepsTheContents) {
+  Codec c;
+  unsigned char* p = c;
+  for (int i = 0; i < 2048; ++i) p[i] = static_cast<unsigned char>(i * 7);
+  c.AllocSize(100);  // room enough already: nothing moves
+  EXPECT_EQ(static_cast<unsigned char*>(c), p);
+  for (const int32_t need : {2048, 5000, 70000}) {
+    c.AllocSize(need);
+    p = c;
+    for (int i = 0; i < 2048; ++i) ASSERT_EQ(p[i], static_cast<unsigned char>(i * 7)) << need;
+    p[need] = 1;  // the capacity exceeds need (the address sanitizer checks the write)
+  }
+}
 
 TEST(CodecRoundTrip, RandomShapesOfEveryTypeComeBackOnTheGrid) {
   const struct { double ox, oy, scale; } frames[] = {{0, 0, 100}, {-1e6, 2.5e6, 1000}, {500.25, -3.5, 1}, {0, 0, 0.25}};
