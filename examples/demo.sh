@@ -141,6 +141,9 @@ run text "ab" 1 2 0.5 0 1 10 3 5 5
 run outline "ab" 1 1 0.5 0 0 4 2
 
 # Coordinate codec
+show "A polygon packed into the codec's stream (hex) with its size against the blob, and back"
+run encode -t -a "polygon ((0 0,10 0,10 10,0 10,0 0))"
+run decode -a 01132700001b000000050000000000a80f0000a80fe80f0000e80f
 
 show "Geometries from standard input, timed over 1000 runs"
 run_stdin data/lines.wkt wkt -t -r 1000

@@ -958,6 +958,97 @@ XGGEO_API int32_t xgWKB_set_desc_text(unsigned char **desc, const char *text) XG
 
 /* The coordinate codec */
 
+/* Statuses of the codec (they have no message). */
+enum {
+  XGWKB_E_CODEC_RANGE = -500,   /* a coordinate or integer lies outside the codec's range */
+  XGWKB_E_CODEC_NOTHING = -501  /* nothing left to write, or a malformed stream */
+};
+
+/* CDataTransfer packs a shape's coordinates into a compact stream and back.  Every coordinate
+ * becomes the integer trunc((v - origin) * scale + 0.5) in 0..2147483647 (the range runs from
+ * the origin to the upper corner origin + 2147483647 / scale); the first point of a sequence is
+ * written as its integers, every later one as the difference from the point before it, each
+ * value in a variable-length code of 1 to 5 bytes.  The stream starts with the byte 1, the u32
+ * type 10000 + shape type and the u32 total length.  Defaults: origin (0, 0), scale 100.
+ *
+ * The object owns one result buffer (2048 bytes at first, doubled as needed) that the last
+ * conversion fills; GetResultSize gives its valid bytes (0 after a failed conversion) and the
+ * conversion operator the buffer itself, which stays the object's: copy what you keep before the
+ * next conversion.  Copies and assignments share that buffer (a conversion through one is seen
+ * through the other); it is released once, by the last object holding it.  This is the one
+ * place the class parts from its long-standing behaviour: there a copy took the bare pointer,
+ * so two objects freed one buffer and an assignment leaked the target's own; counting the
+ * holders keeps the sharing callers rely on without the double free and the leak.
+ * No member throws.  One object must not be used from two threads at once (copies of it may). */
+class XGGEO_API CDataTransfer {
+ public:
+  CDataTransfer();
+  ~CDataTransfer();
+  /* Shares the buffer of other, like operator=. */
+  CDataTransfer(const CDataTransfer &other);
+  /* Copies the settings and the result size and shares other's buffer; the buffer this object
+   * held is released when no other object holds it. */
+  CDataTransfer &operator=(const CDataTransfer &other);
+
+  /* Sets the origin and scale; the upper corner becomes origin + 2147483647 / scale. */
+  void SetCoordinateInf(double origin_x, double origin_y, double scale);
+  /* box <- (origin x, origin y, upper x, upper y), *scale <- scale; a null pointer is skipped. */
+  void GetCoordinateInf(_xgWKB_BOX *box, double *scale);
+  /* Integers of one point.  -500 when x or y lies below the origin or above the upper corner
+   * (or is not a number); else 0. */
+  int32_t Double2Long(double &x, double &y, int32_t &ix, int32_t &iy);
+  /* Point of a pair of integers: ix / scale + origin x, likewise y.  -500 when either is
+   * negative; else 0. */
+  int32_t Long2Double(int32_t &ix, int32_t &iy, double &x, double &y);
+
+  /* Fills the buffer with the stream of a shape of type 1-6.  Repeated points are left out;
+   * polygon rings left with fewer than 4 points and lines left with fewer than 2 are dropped
+   * (a polygon whose outer ring is dropped writes nothing; so does a multipolygon member).
+   * Returns 0; -65 null shape; -199 type not 1-6 (the nil shape included); -134 a multi-type
+   * holding a member of another type; -500 a coordinate outside the range (every coordinate is
+   * tested, holes included); -501 nothing left to write (a linestring of fewer than 2 points, a
+   * polygon, multilinestring or multipolygon with nothing kept); -1 out of memory. */
+  int32_t ConvertWkb2Compress(const unsigned char *shape);
+  /* Fills the buffer with the shape blob of a stream, trusting the stream's length field.
+   * Returns 0; -65 null stream; -199 type word not 10001..10006; -501 a malformed stream (as
+   * the bounded form below, with the length field as the bytes available). */
+  int32_t ConvertCompress2Wkb(const unsigned char *stream);
+  /* Decodes a stream of which only `available` bytes may be read (untrusted input).  A stream
+   * whose first byte is not 1, whose length field is below 9 or exceeds available, whose type
+   * word is not 10001..10006, or whose body is malformed (a code running past the end or longer
+   * than five bytes, a coordinate outside 0..2147483647, a count larger than the body holds,
+   * fewer points, rings or lines than the encoder ever writes, bytes left over) returns -501.
+   * -65 null stream; -1 out of memory.  Every failure leaves a result size of 0. */
+  int32_t ConvertCompress2Wkb(const unsigned char *stream, int32_t available);
+  /* Valid bytes in the buffer after the last conversion (0 after a failed one). */
+  int32_t GetResultSize();
+  /* The result buffer (owned by the object; null only when memory ran out at construction). */
+  operator unsigned char *();
+
+ protected:
+  /* trunc((v - origin) * scale + 0.5) for x and y, without range test (saturated to int32). */
+  void Double2Int(double &x, double &y, int32_t &ix, int32_t &iy);
+  /* ix / scale + origin x, likewise y. */
+  void Int2Double(int32_t &ix, int32_t &iy, double &x, double &y);
+  /* Codes x and y into the two scratch codes. */
+  void Int2CompressInt(int32_t &x, int32_t &y);
+  /* Decodes one x and one y code at p (the caller vouches for the bytes); used <- bytes read.
+   * Returns 1, or 0 when a code is longer than five bytes. */
+  int GetNextXY(const unsigned char *p, int32_t &x, int32_t &y, int32_t &used);
+  /* When the capacity is at most need, doubles it until it exceeds need and reallocates the
+   * buffer, keeping its contents (the buffer is left as it was when memory runs out). */
+  void AllocSize(int32_t need);
+
+ private:
+  struct Buffer; /* the result buffer, its capacity and its number of holders */
+  Buffer *m_buffer;
+  int32_t m_resultSize;
+  int32_t m_unused; /* kept for the record layout callers know; no operation uses it */
+  double m_originX, m_originY, m_scale, m_upperX, m_upperY;
+  unsigned char m_codeX[6], m_codeY[6]; /* scratch codes of Int2CompressInt */
+  uint16_t m_codeXSize, m_codeYSize;
+};
+
 #endif /* __cplusplus */
 
 #endif /* XGGEOKIT_H */

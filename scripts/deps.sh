@@ -9,7 +9,7 @@ packages=(cmake make g++ pkg-config libpolyclipping-dev)
 case "${1:-run}" in
   run) ;;
   test) packages+=(libgtest-dev libgeos-dev) ;;
-  bench) packages+=(libgtest-dev libgeos-dev libbenchmark-dev) ;;
+  bench) packages+=(libgtest-dev libgeos-dev libbenchmark-dev zlib1g-dev) ;;
   *) echo "usage: $0 [run|test|bench]" >&2; exit 2 ;;
 esac
 

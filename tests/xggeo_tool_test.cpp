@@ -82,6 +82,14 @@ TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines)
        "polygon ((0.000000 0.000000,0.000000 4.000000,2.000000 4.000000,2.000000 0.000000,0.000000 0.000000))\n"},
       {"text ab 1 2 0 0 1 10 3 5", "", "", 2},
       // Coordinate codec
+      {"encode -a 'linestring (0 0,0 0,1 1)'", "", "01122700000f0000000000a401a401\n"},  // repeat left out
+      {"encode 100 200 10 -a 'point (101 202)'", "", "01112700000b0000000a14\n"},
+      {"decode -a -", "01122700000f0000000000a401a401\n01112700000b0000000a14\n",
+       "linestring (0.000000 0.000000,1.000000 1.000000)\npoint (0.100000 0.200000)\n"},
+      {"decode -a 01122700000f0000000000a401", "", "", 1, "status -501"},  // length field past the end
+      {"decode -a 0x", "", "", 1, "status -501"},
+      {"encode -a 'point (-1 0)'", "", "", 1, "status -500"},
+      {"encode 1 2 -a 'point (1 2)'", "", "", 2, "OX OY SCALE"},
   };
   for (const auto& c : cases) {
     const ToolRun r = xggeo(c.args, c.in);

@@ -301,6 +301,7 @@ int run(const CommandLine& cl) {
     for (std::size_t k = 0; k < jobs.size(); ++k) {
       if (!operands_read(jobs[k])) continue;
       Operands in;
+      in.timed = cl.time;
       if (op.inputs == Inputs::kText) in.text = as[jobs[k].a].text.c_str();
       if (shapes_needed) in.a = a_shapes.at(jobs[k].a);
       if (op.inputs == Inputs::kShapes) in.b = b_shapes.at(jobs[k].b);

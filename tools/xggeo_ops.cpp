@@ -318,6 +318,11 @@ const Op kOperations[] = {
     {"outline", Inputs::kNone, 8, 10, "TEXT X Y ANGLE MINX MINY MAXX MAXY [LX LY]",
      "the outline polygon of a SingleText: its box turned by ANGLE about (X, Y)", op_outline},
     // Coordinate codec
+    {"encode", Inputs::kShape, 0, 3, "[OX OY SCALE]",
+     "the shape's compressed coordinate stream in hex (origin 0 0, scale 100 by default); with -t "
+     "also stream bytes / blob bytes", op_encode},
+    {"decode", Inputs::kText, 0, 3, "[OX OY SCALE]", "the shape of a compressed coordinate stream given in hex",
+     op_decode},
 };
 
 const std::size_t kOperationCount = sizeof kOperations / sizeof kOperations[0];

@@ -47,6 +47,7 @@ struct Operands {
   const unsigned char* a = nullptr;
   const unsigned char* b = nullptr;
   const char* text = nullptr;
+  bool timed = false;  // -t was given (an operation may add figures of its own to its line)
 };
 
 // The arguments after the operation's name, checked against its arity by the driver.
@@ -112,6 +113,8 @@ int32_t op_envelope(const Operands& in, const Args& args, Output& out);
 int32_t op_text(const Operands& in, const Args& args, Output& out);
 int32_t op_outline(const Operands& in, const Args& args, Output& out);
 // Coordinate codec
+int32_t op_encode(const Operands& in, const Args& args, Output& out);
+int32_t op_decode(const Operands& in, const Args& args, Output& out);
 
 // Longer help that `xggeo OP --help` prints after the usage line, or null when the operation has
 // none.
