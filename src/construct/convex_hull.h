@@ -1,0 +1,32 @@
+// convex_hull.h - the gift-wrapping walk behind xgWKB_shape_generate_convex_hull, and the
+// pre-filter that spares it the points that can play no part in it.
+#ifndef XGGEO_CONSTRUCT_CONVEX_HULL_H
+#define XGGEO_CONSTRUCT_CONVEX_HULL_H
+
+#include <cstddef>
+#include <vector>
+
+#include "core/blob.h"
+
+namespace xg {
+
+// The walk over pts[0..n-1] (n >= 1): starts at the first point of smallest x and repeatedly
+// takes, in input order, the first candidate that has no other point to its right (cross
+// product below -t*t) and no collinear point (|cross| < t*t) beyond it (dot below t*t); points
+// coinciding within 0.0001 with the current point or the candidate are not consulted.  Returns
+// the list of points taken, ending with the one that coincides with the start again.  Stops
+// early when no candidate is accepted, and after n steps at the latest (a walk that never comes
+// back, which only NaN coordinates or tolerances can cause).  Quadratic per hull point.
+std::vector<_xgWKB_POINT> gift_wrap(const _xgWKB_POINT* pts, std::size_t n, double t);
+
+// The points of pts[0..n-1], in input order, less those that lie deep inside the polygon of the
+// extreme points (see convex_hull.cpp): gift_wrap gives the same list on the result as on the
+// whole set.
+std::vector<_xgWKB_POINT> hull_candidates(const _xgWKB_POINT* pts, std::size_t n, double t);
+
+// gift_wrap on hull_candidates: the same list, at a fraction of the cost.
+std::vector<_xgWKB_POINT> convex_hull_list(const _xgWKB_POINT* pts, std::size_t n, double t);
+
+}  // namespace xg
+
+#endif  // XGGEO_CONSTRUCT_CONVEX_HULL_H
