@@ -304,6 +304,10 @@ const Op kOperations[] = {
     // Overlay
     // Buffer and clipping
     // Hull, distance and merge
+    {"hull", Inputs::kShape, 0, 1, "[TOL]", "convex hull of the shape's vertices", op_hull},
+    {"distance", Inputs::kShapes, 0, 1, "[TOL]", "shortest distance between -a and -b", op_distance},
+    {"merge", Inputs::kShapes, 0, 1, "[TOL]", "-a and -b merged into one shape, lines joined end to end",
+     op_merge},
     // Linear referencing, snapping and envelope relations
     // Annotations
     // Coordinate codec

@@ -46,7 +46,9 @@ std::vector<Pt> gift_wrap(const Pt* pts, std::size_t n, double t) {
   const double t2 = t * t;
   const Pt start = pts[h];
   list.push_back(start);
-  for (std::size_t step = 0; step < n; ++step) {
+  std::vector<char> taken_before(n, 0);
+  taken_before[h] = 1;
+  for (;;) {
     const Pt hp = pts[h];
     std::size_t taken = n;
     for (std::size_t c = 0; c < n && taken == n; ++c) {
@@ -75,6 +77,10 @@ std::vector<Pt> gift_wrap(const Pt* pts, std::size_t n, double t) {
     list.push_back(pts[taken]);
     h = taken;
     if (coincide(pts[h], start)) break;
+    // A point taken again without coinciding with the start: from here the walk would repeat
+    // itself for ever (a start in the middle of a straight run of the hull can do that).
+    if (taken_before[h]) break;
+    taken_before[h] = 1;
   }
   return list;
 }

@@ -15,8 +15,9 @@ namespace xg {
 // product below -t*t) and no collinear point (|cross| < t*t) beyond it (dot below t*t); points
 // coinciding within 0.0001 with the current point or the candidate are not consulted.  Returns
 // the list of points taken, ending with the one that coincides with the start again.  Stops
-// early when no candidate is accepted, and after n steps at the latest (a walk that never comes
-// back, which only NaN coordinates or tolerances can cause).  Quadratic per hull point.
+// early when no candidate is accepted, and when it takes a point (by index) a second time: such
+// a walk would go round for ever without coming back to its start (a start in the middle of a
+// straight run of the hull can cause it).  Quadratic per hull point.
 std::vector<_xgWKB_POINT> gift_wrap(const _xgWKB_POINT* pts, std::size_t n, double t);
 
 // The points of pts[0..n-1], in input order, less those that lie deep inside the polygon of the

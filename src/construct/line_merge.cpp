@@ -186,6 +186,7 @@ class Chain {
 
   uint32_t front_end = 0;  // end ids (2 * line + 0 for its first point, + 1 for its last)
   uint32_t back_end = 0;
+  uint32_t first_line = 0;  // the earliest line joined into the chain
   bool alive = true;
 
  private:
@@ -225,7 +226,7 @@ void prepend_chain(Chain& d, Chain& x) {
 // of lines already joined) that has an end equal to one of its ends, in the order of the line
 // kernel's cases (earlier first-first, first-last, last-first, last-last), and again while
 // the grown chain has such a partner.  A line or chain whose ends are equal is closed and is
-// not joined further.  Returns the chains in the order of their first line.
+// not joined further.  Returns the chains in the order of the earliest line in each.
 std::vector<Chain> join_lines(const std::vector<const byte*>& lines, double t) {
   const uint32_t count = static_cast<uint32_t>(lines.size());
   std::vector<Chain> chains;
@@ -243,6 +244,7 @@ std::vector<Chain> join_lines(const std::vector<const byte*>& lines, double t) {
     chains.emplace_back(line_run(lines[l]));
     chains[l].front_end = 2 * l;
     chains[l].back_end = 2 * l + 1;
+    chains[l].first_line = l;
     uint32_t cur = l;
     while (open(chains[cur])) {
       uint32_t partner = count;
@@ -270,6 +272,7 @@ std::vector<Chain> join_lines(const std::vector<const byte*>& lines, double t) {
         x.reverse();
         append_chain(d, x);
       }
+      d.first_line = std::min(d.first_line, x.first_line);
       x.alive = false;
       x.release();
       parent[cur] = partner;
@@ -285,6 +288,8 @@ std::vector<Chain> join_lines(const std::vector<const byte*>& lines, double t) {
   for (Chain& c : chains) {
     if (c.alive) alive.push_back(std::move(c));
   }
+  std::stable_sort(alive.begin(), alive.end(),
+                   [](const Chain& l, const Chain& r) { return l.first_line < r.first_line; });
   return alive;
 }
 
