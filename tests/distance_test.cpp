@@ -222,16 +222,22 @@ TEST(Distance, LargeShapesAgreeWithGeosAndWithAllPairs) {
   std::uniform_real_distribution<double> u(0, 100), v(-3, 3);
   for (int round = 0; round < 5; ++round) {
     std::vector<xg::SegmentItem> sa, sb;
+    std::vector<_xgWKB_POINT> points;  // isolated points go into the tree apart
     for (int i = 0; i < 700; ++i) {
       const _xgWKB_POINT p{u(rng), u(rng)}, q{u(rng) + 150, u(rng)};
       sa.push_back(xg::make_segment_item(p, {p.x + v(rng), p.y + v(rng)}));
-      sb.push_back(xg::make_segment_item(q, i % 3 ? _xgWKB_POINT{q.x + v(rng), q.y + v(rng)} : q));
+      if (i % 3) {
+        sb.push_back(xg::make_segment_item(q, {q.x + v(rng), q.y + v(rng)}));
+      } else {
+        points.push_back(q);
+      }
     }
     double want = INFINITY;
     for (const auto& s : sa) {
       for (const auto& w : sb) want = std::min(want, xg::segment_distance(s, w));
+      for (const auto& q : points) want = std::min(want, xg::segment_distance(s, xg::make_segment_item(q, q)));
     }
-    EXPECT_EQ(xg::nearest_distance(xg::SegmentTree(sa), xg::SegmentTree(sb), 0), want) << round;
+    EXPECT_EQ(xg::nearest_distance(xg::SegmentTree(sa), xg::SegmentTree(sb, points), 0), want) << round;
   }
 }
 

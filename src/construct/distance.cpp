@@ -44,17 +44,20 @@ double magnitude(const _xgWKB_BOX& b) {
   return std::fmax(std::fmax(std::fabs(b.minx), std::fabs(b.maxx)), std::fmax(std::fabs(b.miny), std::fabs(b.maxy)));
 }
 
-std::vector<SegmentItem> segment_items(const ShapeRuns& runs) {
-  std::vector<SegmentItem> items;
+// The shape's segments, line after line, and its isolated points (runs of one point), in a box
+// tree.
+SegmentTree segment_tree(const ShapeRuns& runs) {
+  std::vector<SegmentItem> segments;
+  std::vector<_xgWKB_POINT> points;
   std::size_t total = 0;
   for (uint32_t i = 0; i < runs.run_count(); ++i) total += runs.run(i).n;
-  items.reserve(total);
+  segments.reserve(total);
   for (uint32_t i = 0; i < runs.run_count(); ++i) {
     const Span& s = runs.run(i);
-    if (s.n == 1) items.push_back(make_segment_item(s.p[0], s.p[0]));
-    for (uint32_t j = 0; j + 1 < s.n; ++j) items.push_back(make_segment_item(s.p[j], s.p[j + 1]));
+    if (s.n == 1) points.push_back(s.p[0]);
+    for (uint32_t j = 0; j + 1 < s.n; ++j) segments.push_back(make_segment_item(s.p[j], s.p[j + 1]));
   }
-  return items;
+  return SegmentTree(std::move(segments), points);
 }
 
 // The polygons of a shape with their edge indexes, made when first asked for.
@@ -132,8 +135,8 @@ int32_t shape_distance(const byte* a, const byte* b, double t, double* distance)
   if (!ra.load(a, false) || !rb.load(b, false)) return XGWKB_E_INVALID_ENTITY;
   const uint32_t ta = ra.type();
   const uint32_t tb = rb.type();
-  const SegmentTree tree_a(segment_items(ra));
-  const SegmentTree tree_b(segment_items(rb));
+  const SegmentTree tree_a = segment_tree(ra);
+  const SegmentTree tree_b = segment_tree(rb);
   if (tree_a.empty() || tree_b.empty()) return XGWKB_E_TOO_FEW_POINTS;
   // Intended: pairs with a point set or a multi-line or multi-polygon shape take a distance
   // below t as 0; the single line and polygon pairs report what they find.

@@ -31,12 +31,14 @@ double extent(const _xgWKB_BOX& b) {
 
 bool degenerate(const SegmentItem& s) { return s.a.x == s.b.x && s.a.y == s.b.y; }
 
+_xgWKB_BOX item_box(const SegmentItem& s) { return segment_box(s.a, s.b); }
+
 double segment_distance2(const SegmentItem& s, const SegmentItem& u) {
   double d = segment_dist2(s.a, u.a, u.b);
   d = std::fmin(d, segment_dist2(s.b, u.a, u.b));
   d = std::fmin(d, segment_dist2(u.a, s.a, s.b));
   d = std::fmin(d, segment_dist2(u.b, s.a, s.b));
-  if (d > 0 && !degenerate(s) && !degenerate(u) && box_distance2(s.box, u.box) == 0 &&
+  if (d > 0 && !degenerate(s) && !degenerate(u) && box_distance2(item_box(s), item_box(u)) == 0 &&
       segment_meet(s.a, s.b, u.a, u.b, 0, nullptr) != 0) {
     return 0;  // the segments cross
   }
@@ -46,42 +48,84 @@ double segment_distance2(const SegmentItem& s, const SegmentItem& u) {
 }  // namespace
 
 SegmentItem make_segment_item(const _xgWKB_POINT& a, const _xgWKB_POINT& b) {
-  SegmentItem s{a, b, empty_box()};
-  box_add(&s.box, a);
-  box_add(&s.box, b);
-  return s;
+  return SegmentItem{a, b};
 }
 
 double segment_distance(const SegmentItem& s, const SegmentItem& u) {
   return std::sqrt(segment_distance2(s, u));
 }
 
-SegmentTree::SegmentTree(std::vector<SegmentItem> items) : items_(std::move(items)) {
-  if (items_.empty()) return;
-  nodes_.reserve(2 * (items_.size() / kLeafItems + 1));
-  build(0, static_cast<uint32_t>(items_.size()));
+SegmentTree::SegmentTree(std::vector<SegmentItem> segments, const std::vector<_xgWKB_POINT>& points)
+    : items_(std::move(segments)) {
+  // Leaves of consecutive segments along one line.
+  const uint32_t n = static_cast<uint32_t>(items_.size());
+  for (uint32_t i = 0; i < n;) {
+    uint32_t end = i + 1;
+    while (end < n && end - i < kLeafItems && items_[end].a.x == items_[end - 1].b.x &&
+           items_[end].a.y == items_[end - 1].b.y) {
+      ++end;
+    }
+    nodes_.push_back(Node{empty_box(), i, end, -1, -1});
+    i = end;
+  }
+  add_points(points);
+  if (nodes_.empty()) return;
+  for (Node& leaf : nodes_) {
+    for (uint32_t i = leaf.begin; i < leaf.end; ++i) {  // NaN sides drop out
+      box_add(&leaf.box, items_[i].a);
+      box_add(&leaf.box, items_[i].b);
+    }
+  }
+  // Levels above: neighbours paired, an odd one out passed up as it is.
+  nodes_.reserve(2 * nodes_.size());
+  std::size_t lo = 0;
+  std::size_t hi = nodes_.size();
+  while (hi - lo > 1) {
+    for (std::size_t i = lo; i < hi; i += 2) {
+      if (i + 1 == hi) {
+        nodes_.push_back(nodes_[i]);
+        continue;
+      }
+      _xgWKB_BOX box = nodes_[i].box;
+      box_merge(&box, nodes_[i + 1].box);
+      nodes_.push_back(Node{box, 0, 0, static_cast<int32_t>(i), static_cast<int32_t>(i + 1)});
+    }
+    lo = hi;
+    hi = nodes_.size();
+  }
+  root_ = static_cast<int32_t>(lo);
 }
 
-int32_t SegmentTree::build(uint32_t begin, uint32_t end) {
-  const int32_t at = static_cast<int32_t>(nodes_.size());
+// Points go into leaves in the order of a grid of about kLeafItems points per cell, its rows
+// walked alternately left and right (a counting sort: one pass).
+void SegmentTree::add_points(const std::vector<_xgWKB_POINT>& points) {
+  const std::size_t m = points.size();
+  if (m == 0) return;
   _xgWKB_BOX box = empty_box();
-  for (uint32_t i = begin; i < end; ++i) box_merge(&box, items_[i].box);  // NaN sides drop out
-  nodes_.push_back(Node{box, begin, end, -1, -1});
-  if (end - begin <= kLeafItems) return at;
-  const bool by_x = box.maxx - box.minx >= box.maxy - box.miny;
-  // Sort keys with NaN mapped to -infinity, so that the order stays a strict weak order.
-  auto key = [by_x](const SegmentItem& s) {
-    const double k = by_x ? s.a.x + s.b.x : s.a.y + s.b.y;
-    return std::isnan(k) ? -std::numeric_limits<double>::infinity() : k;
+  for (const _xgWKB_POINT& p : points) box_add(&box, p);
+  const uint32_t side = static_cast<uint32_t>(std::sqrt(static_cast<double>(m) / kLeafItems)) + 1;
+  auto cell = [&](double v, double lo, double hi) -> uint32_t {
+    const double f = (v - lo) / (hi - lo) * side;
+    if (!(f > 0)) return 0;  // also NaN, and a box of no width
+    return f >= side ? side - 1 : static_cast<uint32_t>(f);
   };
-  const uint32_t mid = begin + (end - begin) / 2;
-  std::nth_element(items_.begin() + begin, items_.begin() + mid, items_.begin() + end,
-                   [&key](const SegmentItem& l, const SegmentItem& r) { return key(l) < key(r); });
-  const int32_t left = build(begin, mid);
-  const int32_t right = build(mid, end);
-  nodes_[at].left = left;
-  nodes_[at].right = right;
-  return at;
+  std::vector<uint32_t> key(m);
+  std::vector<uint32_t> start(static_cast<std::size_t>(side) * side + 1, 0);
+  for (std::size_t i = 0; i < m; ++i) {
+    const uint32_t cx = cell(points[i].x, box.minx, box.maxx);
+    const uint32_t cy = cell(points[i].y, box.miny, box.maxy);
+    key[i] = cy * side + (cy % 2 ? side - 1 - cx : cx);
+    ++start[key[i] + 1];
+  }
+  for (std::size_t k = 1; k < start.size(); ++k) start[k] += start[k - 1];
+  const uint32_t first = static_cast<uint32_t>(items_.size());
+  items_.resize(first + m);
+  for (std::size_t i = 0; i < m; ++i) {
+    items_[first + start[key[i]]++] = make_segment_item(points[i], points[i]);
+  }
+  for (uint32_t i = first; i < first + m; i += kLeafItems) {
+    nodes_.push_back(Node{empty_box(), i, std::min<uint32_t>(i + kLeafItems, first + static_cast<uint32_t>(m)), -1, -1});
+  }
 }
 
 double nearest_distance(const SegmentTree& ta, const SegmentTree& tb, double stop) {
@@ -96,7 +140,7 @@ double nearest_distance(const SegmentTree& ta, const SegmentTree& tb, double sto
   };
   std::priority_queue<Pair, std::vector<Pair>, std::greater<Pair>> queue;
   double best2 = inf;
-  queue.push(Pair{box_distance2(ta.nodes_[0].box, tb.nodes_[0].box), 0, 0});
+  queue.push(Pair{box_distance2(ta.nodes_[ta.root_].box, tb.nodes_[tb.root_].box), ta.root_, tb.root_});
   while (!queue.empty()) {
     const Pair top = queue.top();
     queue.pop();
@@ -110,7 +154,7 @@ double nearest_distance(const SegmentTree& ta, const SegmentTree& tb, double sto
         const SegmentItem& s = ta.items_[i];
         for (uint32_t j = nb.begin; j < nb.end; ++j) {
           const SegmentItem& u = tb.items_[j];
-          if (!(box_distance2(s.box, u.box) < best2)) continue;
+          if (!(box_distance2(item_box(s), item_box(u)) < best2)) continue;
           const double d2 = segment_distance2(s, u);
           if (d2 < best2) best2 = d2;
         }

@@ -1,8 +1,11 @@
 // nearest_pair.h - the smallest distance between two sets of segments, by branch and bound over
 // two box trees.
 //
-// Each set is packed into a binary tree of boxes (split at the median of the wider axis, up to
-// kLeafItems segments per leaf).  Pairs of nodes wait in a queue ordered by the distance between
+// Each set is packed into a binary tree of boxes.  Its leaves hold up to kLeafItems segments
+// that follow each other along a line or ring (so that a leaf's box stays small, and making the
+// leaves costs one pass), or up to kLeafItems isolated points taken in the order of a coarse
+// grid over them; the nodes above pair neighbours in that order, level by level, which keeps
+// them tight along a line and over the grid (one pass again).  Pairs of nodes wait in a queue ordered by the distance between
 // their boxes; the nearest pair is opened first, and the search ends when the nearest waiting
 // pair is no nearer than the best segment distance found.  The answer is the exact minimum over
 // all pairs of segments, found after looking at the few pairs near it instead of all of them.
@@ -20,7 +23,6 @@ namespace xg {
 struct SegmentItem {
   _xgWKB_POINT a;
   _xgWKB_POINT b;
-  _xgWKB_BOX box;
 };
 
 SegmentItem make_segment_item(const _xgWKB_POINT& a, const _xgWKB_POINT& b);
@@ -32,7 +34,9 @@ double segment_distance(const SegmentItem& s, const SegmentItem& u);
 
 class SegmentTree {
  public:
-  explicit SegmentTree(std::vector<SegmentItem> items);
+  // segments in the order of the lines they come from (a segment starting where the one before
+  // it ended continues that line), and isolated points.
+  explicit SegmentTree(std::vector<SegmentItem> segments, const std::vector<_xgWKB_POINT>& points = {});
 
   bool empty() const { return items_.empty(); }
 
@@ -50,10 +54,11 @@ class SegmentTree {
     int32_t right;
   };
 
-  int32_t build(uint32_t begin, uint32_t end);
+  void add_points(const std::vector<_xgWKB_POINT>& points);
 
   std::vector<SegmentItem> items_;
   std::vector<Node> nodes_;
+  int32_t root_ = -1;
 };
 
 double nearest_distance(const SegmentTree& a, const SegmentTree& b, double stop);
