@@ -33,6 +33,14 @@ bool degenerate(const SegmentItem& s) { return s.a.x == s.b.x && s.a.y == s.b.y;
 
 _xgWKB_BOX item_box(const SegmentItem& s) { return segment_box(s.a, s.b); }
 
+// box_add without branches; a NaN coordinate leaves the box as it is.
+inline void grow(_xgWKB_BOX* box, const _xgWKB_POINT& p) {
+  box->minx = p.x < box->minx ? p.x : box->minx;
+  box->miny = p.y < box->miny ? p.y : box->miny;
+  box->maxx = p.x > box->maxx ? p.x : box->maxx;
+  box->maxy = p.y > box->maxy ? p.y : box->maxy;
+}
+
 double segment_distance2(const SegmentItem& s, const SegmentItem& u) {
   double d = segment_dist2(s.a, u.a, u.b);
   d = std::fmin(d, segment_dist2(s.b, u.a, u.b));
@@ -43,6 +51,33 @@ double segment_distance2(const SegmentItem& s, const SegmentItem& u) {
     return 0;  // the segments cross
   }
   return d;
+}
+
+// A permutation of pts in the order of a grid of about per_cell points to a cell, its rows
+// walked alternately left and right: neighbours in the order are mostly near each other.  One
+// counting-sort pass; NaN coordinates go to the first column or row.
+std::vector<uint32_t> grid_order(const std::vector<_xgWKB_POINT>& pts, uint32_t per_cell) {
+  const std::size_t m = pts.size();
+  _xgWKB_BOX box = empty_box();
+  for (const _xgWKB_POINT& p : pts) box_add(&box, p);
+  const uint32_t side = static_cast<uint32_t>(std::sqrt(static_cast<double>(m) / per_cell)) + 1;
+  auto cell = [side](double v, double lo, double hi) -> uint32_t {
+    const double f = (v - lo) / (hi - lo) * side;
+    if (!(f > 0)) return 0;  // also NaN, and a box of no width
+    return f >= side ? side - 1 : static_cast<uint32_t>(f);
+  };
+  std::vector<uint32_t> key(m);
+  std::vector<uint32_t> start(static_cast<std::size_t>(side) * side + 1, 0);
+  for (std::size_t i = 0; i < m; ++i) {
+    const uint32_t cx = cell(pts[i].x, box.minx, box.maxx);
+    const uint32_t cy = cell(pts[i].y, box.miny, box.maxy);
+    key[i] = cy * side + (cy % 2 ? side - 1 - cx : cx);
+    ++start[key[i] + 1];
+  }
+  for (std::size_t k = 1; k < start.size(); ++k) start[k] += start[k - 1];
+  std::vector<uint32_t> order(m);
+  for (std::size_t i = 0; i < m; ++i) order[start[key[i]]++] = static_cast<uint32_t>(i);
+  return order;
 }
 
 }  // namespace
@@ -71,13 +106,24 @@ SegmentTree::SegmentTree(std::vector<SegmentItem> segments, const std::vector<_x
   add_points(points);
   if (nodes_.empty()) return;
   for (Node& leaf : nodes_) {
-    for (uint32_t i = leaf.begin; i < leaf.end; ++i) {  // NaN sides drop out
-      box_add(&leaf.box, items_[i].a);
-      box_add(&leaf.box, items_[i].b);
-    }
+    // A leaf's segments follow each other: their first points and the last one's end.
+    for (uint32_t i = leaf.begin; i < leaf.end; ++i) grow(&leaf.box, items_[i].a);
+    grow(&leaf.box, items_[leaf.end - 1].b);
   }
-  // Levels above: neighbours paired, an odd one out passed up as it is.
-  nodes_.reserve(2 * nodes_.size());
+  // Leaves in grid order of their centres (lines given member by member in no particular
+  // order would otherwise pair far-apart leaves), then levels above pairing neighbours, an odd
+  // one out passed up as it is.
+  {
+    std::vector<_xgWKB_POINT> centres(nodes_.size());
+    for (std::size_t i = 0; i < nodes_.size(); ++i) {
+      const _xgWKB_BOX& b = nodes_[i].box;
+      centres[i] = {0.5 * b.minx + 0.5 * b.maxx, 0.5 * b.miny + 0.5 * b.maxy};
+    }
+    std::vector<Node> ordered;
+    ordered.reserve(2 * nodes_.size());
+    for (uint32_t i : grid_order(centres, 2)) ordered.push_back(nodes_[i]);
+    nodes_.swap(ordered);
+  }
   std::size_t lo = 0;
   std::size_t hi = nodes_.size();
   while (hi - lo > 1) {
@@ -96,35 +142,16 @@ SegmentTree::SegmentTree(std::vector<SegmentItem> segments, const std::vector<_x
   root_ = static_cast<int32_t>(lo);
 }
 
-// Points go into leaves in the order of a grid of about kLeafItems points per cell, its rows
-// walked alternately left and right (a counting sort: one pass).
+// Points go into leaves of kLeafItems in grid order.
 void SegmentTree::add_points(const std::vector<_xgWKB_POINT>& points) {
-  const std::size_t m = points.size();
+  const uint32_t m = static_cast<uint32_t>(points.size());
   if (m == 0) return;
-  _xgWKB_BOX box = empty_box();
-  for (const _xgWKB_POINT& p : points) box_add(&box, p);
-  const uint32_t side = static_cast<uint32_t>(std::sqrt(static_cast<double>(m) / kLeafItems)) + 1;
-  auto cell = [&](double v, double lo, double hi) -> uint32_t {
-    const double f = (v - lo) / (hi - lo) * side;
-    if (!(f > 0)) return 0;  // also NaN, and a box of no width
-    return f >= side ? side - 1 : static_cast<uint32_t>(f);
-  };
-  std::vector<uint32_t> key(m);
-  std::vector<uint32_t> start(static_cast<std::size_t>(side) * side + 1, 0);
-  for (std::size_t i = 0; i < m; ++i) {
-    const uint32_t cx = cell(points[i].x, box.minx, box.maxx);
-    const uint32_t cy = cell(points[i].y, box.miny, box.maxy);
-    key[i] = cy * side + (cy % 2 ? side - 1 - cx : cx);
-    ++start[key[i] + 1];
-  }
-  for (std::size_t k = 1; k < start.size(); ++k) start[k] += start[k - 1];
+  const std::vector<uint32_t> order = grid_order(points, kLeafItems);
   const uint32_t first = static_cast<uint32_t>(items_.size());
-  items_.resize(first + m);
-  for (std::size_t i = 0; i < m; ++i) {
-    items_[first + start[key[i]]++] = make_segment_item(points[i], points[i]);
-  }
+  items_.reserve(first + m);
+  for (uint32_t i : order) items_.push_back(make_segment_item(points[i], points[i]));
   for (uint32_t i = first; i < first + m; i += kLeafItems) {
-    nodes_.push_back(Node{empty_box(), i, std::min<uint32_t>(i + kLeafItems, first + static_cast<uint32_t>(m)), -1, -1});
+    nodes_.push_back(Node{empty_box(), i, std::min(i + kLeafItems, first + m), -1, -1});
   }
 }
 
