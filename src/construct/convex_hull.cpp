@@ -47,6 +47,7 @@ std::vector<Pt> gift_wrap(const Pt* pts, std::size_t n, double t) {
   const Pt start = pts[h];
   list.push_back(start);
   std::vector<char> taken_before(n, 0);
+  std::size_t last_rejector = n;
   taken_before[h] = 1;
   for (;;) {
     const Pt hp = pts[h];
@@ -56,20 +57,26 @@ std::vector<Pt> gift_wrap(const Pt* pts, std::size_t n, double t) {
       if (c == h || coincide(cp, hp)) continue;
       const double ux = cp.x - hp.x;
       const double uy = cp.y - hp.y;
-      bool accepted = true;
-      for (std::size_t p = 0; p < n; ++p) {
+      auto rejects = [&](std::size_t p) {
         const Pt pp = pts[p];
         const double cross = ux * (pp.y - hp.y) - uy * (pp.x - hp.x);
-        bool rejects = cross < -t2;  // p lies right of h -> c
-        if (!rejects && cross < t2) {
+        bool r = cross < -t2;  // p lies right of h -> c
+        if (!r && cross < t2) {
           // p is collinear within the tolerance: it rejects c when it lies beyond c.
           const double dot = (hp.x - cp.x) * (pp.x - cp.x) + (hp.y - cp.y) * (pp.y - cp.y);
-          rejects = dot < t2;
+          r = dot < t2;
         }
         // The skipped points are tested only once p would reject: the same answer, sooner.
-        if (!rejects || p == h || p == c || coincide(pp, hp) || coincide(pp, cp)) continue;
-        accepted = false;
-        break;
+        return r && p != h && p != c && !coincide(pp, hp) && !coincide(pp, cp);
+      };
+      // A candidate falls if any point rejects it, so the order of asking does not matter: the
+      // point that rejected the last candidate is asked first, as it often rejects this one too.
+      bool accepted = !(last_rejector < n && rejects(last_rejector));
+      for (std::size_t p = 0; p < n && accepted; ++p) {
+        if (rejects(p)) {
+          accepted = false;
+          last_rejector = p;
+        }
       }
       if (accepted) taken = c;
     }
