@@ -157,19 +157,16 @@ void BM_GeosDistanceIndexed(benchmark::State& state, Pair (*make)(std::size_t)) 
 
 }  // namespace
 
-BENCHMARK_CAPTURE(BM_XgHull, disc, disc_points)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_GeosHull, disc, disc_points)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_XgHull, circle, circle_points)->Arg(10000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_GeosHull, circle, circle_points)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_XgDistance, polygons, mirrored_stars)->Arg(10000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_GeosDistance, polygons, mirrored_stars)->Arg(10000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_GeosDistanceIndexed, polygons, mirrored_stars)
-    ->Arg(10000)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_XgDistance, points_line, points_over_line)->Arg(10000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_GeosDistance, points_line, points_over_line)->Arg(10000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_GeosDistanceIndexed, points_line, points_over_line)
-    ->Arg(10000)
-    ->Unit(benchmark::kMillisecond);
+constexpr auto kMs = benchmark::kMillisecond;
+BENCHMARK_CAPTURE(BM_XgHull, disc, disc_points)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(kMs);
+BENCHMARK_CAPTURE(BM_GeosHull, disc, disc_points)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(kMs);
+BENCHMARK_CAPTURE(BM_XgHull, circle, circle_points)->Arg(10000)->Unit(kMs);
+BENCHMARK_CAPTURE(BM_GeosHull, circle, circle_points)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(kMs);
+BENCHMARK_CAPTURE(BM_XgDistance, polygons, mirrored_stars)->Arg(10000)->Unit(kMs);
+BENCHMARK_CAPTURE(BM_GeosDistance, polygons, mirrored_stars)->Arg(10000)->Unit(kMs);
+BENCHMARK_CAPTURE(BM_GeosDistanceIndexed, polygons, mirrored_stars)->Arg(10000)->Unit(kMs);
+BENCHMARK_CAPTURE(BM_XgDistance, points_line, points_over_line)->Arg(10000)->Unit(kMs);
+BENCHMARK_CAPTURE(BM_GeosDistance, points_line, points_over_line)->Arg(10000)->Unit(kMs);
+BENCHMARK_CAPTURE(BM_GeosDistanceIndexed, points_line, points_over_line)->Arg(10000)->Unit(kMs);
 
 BENCHMARK_MAIN();

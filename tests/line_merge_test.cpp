@@ -86,6 +86,9 @@ TEST(Merge, PointKernels) {
   // Two multipoints: the second's members that equal none of the first's.
   EXPECT_EQ(merge(mp, multipoint_of({{5, 5.0000001}, {6, 6}, {1, 1}})).blob, multipoint_of({{1, 1}, {5, 5}, {6, 6}}));
   EXPECT_EQ(merge(mp, multipoint_of({{5, 5}}), 0).blob, multipoint_of({{1, 1}, {5, 5}, {5, 5}}));
+  // Tolerances far below the coordinates' spacing (no grid cell can hold them) still find equals.
+  EXPECT_EQ(merge(multipoint_of({{1e4, 1}}), multipoint_of({{1e4, 1}, {2, 2}}), 1e-12).blob,
+            multipoint_of({{1e4, 1}, {2, 2}}));
 }
 
 TEST(Merge, ManyLinesJoinEndToEnd) {

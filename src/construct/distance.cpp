@@ -41,7 +41,8 @@ constexpr double kNearPolygons = 3e-4;
 
 // The largest absolute coordinate of a box (the scale of the rounding in the relation tests).
 double magnitude(const _xgWKB_BOX& b) {
-  return std::fmax(std::fmax(std::fabs(b.minx), std::fabs(b.maxx)), std::fmax(std::fabs(b.miny), std::fabs(b.maxy)));
+  return std::fmax(std::fmax(std::fabs(b.minx), std::fabs(b.maxx)),
+                   std::fmax(std::fabs(b.miny), std::fabs(b.maxy)));
 }
 
 // The shape's segments, line after line, and its isolated points (runs of one point), in a box

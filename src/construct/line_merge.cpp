@@ -190,7 +190,9 @@ class Chain {
   bool alive = true;
 
  private:
-  const Pt& slot(std::size_t i) const { return i < head_.size() ? head_[head_.size() - 1 - i] : tail_[i - head_.size()]; }
+  const Pt& slot(std::size_t i) const {
+    return i < head_.size() ? head_[head_.size() - 1 - i] : tail_[i - head_.size()];
+  }
 
   std::vector<Pt> head_;  // the physical front, stored backwards
   std::vector<Pt> tail_;

@@ -4,10 +4,11 @@
 // Each set is packed into a binary tree of boxes.  Its leaves hold up to kLeafItems segments
 // that follow each other along a line or ring (so that a leaf's box stays small, and making the
 // leaves costs one pass), or up to kLeafItems isolated points taken in the order of a coarse
-// grid over them; the nodes above pair neighbours in that order, level by level, which keeps
-// them tight along a line and over the grid (one pass again).  Pairs of nodes wait in a queue ordered by the distance between
-// their boxes; the nearest pair is opened first, and the search ends when the nearest waiting
-// pair is no nearer than the best segment distance found.  The answer is the exact minimum over
+// grid over them.  The leaves are put in the order of a coarse grid over their centres, and
+// the levels above pair neighbours in that order (one pass each, no sorting).  Pairs of nodes
+// wait in a queue ordered by the distance between their boxes; the nearest pair is opened
+// first, and the search ends when the nearest waiting pair is no nearer than the best segment
+// distance found.  The answer is the exact minimum over
 // all pairs of segments, found after looking at the few pairs near it instead of all of them.
 #ifndef XGGEO_CONSTRUCT_NEAREST_PAIR_H
 #define XGGEO_CONSTRUCT_NEAREST_PAIR_H

@@ -1,11 +1,14 @@
 // point_grid.h - finding the points equal to a given one within a tolerance t (both coordinate
 // differences strictly below t) among many, without comparing every pair.
 //
-// Points are filed in square cells of side t.  Two equal points have x / t (and y / t) less than
-// 1 apart; the quotients are computed with a rounding error below 0.11 while they stay under
-// 1e15 in size, so the cells of equal points are at most two apart on each axis and a query
-// looks at the 5 x 5 cells around its own.  Points whose quotients are larger share one list
-// that every such query scans.  With t <= 0 (or NaN) no two points are equal, and neither are
+// Points are filed in square cells of side t.  Two equal points (b.x - t < a.x < b.x + t, the
+// library's test, whose sums round by half a unit in the last place) have x / t (and y / t)
+// less than 1 + 0.11 apart while the quotients stay under 1e15 in size, and the quotients are
+// computed with an error below 0.11 each; so the cells of equal points are at most two apart on
+// each axis, and a query
+// looks at the 5 x 5 cells around its own.  Points whose quotients are larger share one list,
+// which every query scans while it is not empty; a query whose quotients lie just past the limit
+// looks at the cells as well, for the points filed just before it.  With t <= 0 (or NaN) no two points are equal, and neither are
 // points with a NaN or infinite coordinate: those are not filed and find nothing.
 #ifndef XGGEO_CONSTRUCT_POINT_GRID_H
 #define XGGEO_CONSTRUCT_POINT_GRID_H
@@ -25,7 +28,7 @@ class PointGrid {
 
   void insert(const _xgWKB_POINT& p, uint32_t id) {
     Cell c;
-    const int where = locate(p, &c);
+    const int where = locate(p, kGridLimit, &c);
     if (where == kNone) return;
     (where == kGrid ? cells_[c] : overflow_).push_back(Entry{p, id});
   }
@@ -36,11 +39,9 @@ class PointGrid {
   template <class F>
   bool find(const _xgWKB_POINT& p, F&& visit) {
     Cell c;
-    const int where = locate(p, &c);
+    const int where = locate(p, kGridLimit + 3, &c);
     if (where == kNone) return false;
-    if (where == kOverflow || !overflow_.empty()) {
-      if (scan(overflow_, p, visit)) return true;
-    }
+    if (!overflow_.empty() && scan(overflow_, p, visit)) return true;
     if (where != kGrid) return false;
     for (int64_t dx = -2; dx <= 2; ++dx) {
       for (int64_t dy = -2; dy <= 2; ++dy) {
@@ -76,11 +77,11 @@ class PointGrid {
     uint32_t id;
   };
 
-  int locate(const _xgWKB_POINT& p, Cell* c) const {
+  int locate(const _xgWKB_POINT& p, double limit, Cell* c) const {
     if (!active_ || !std::isfinite(p.x) || !std::isfinite(p.y)) return kNone;
     const double qx = std::floor(p.x / t_);
     const double qy = std::floor(p.y / t_);
-    if (!(std::fabs(qx) < kGridLimit && std::fabs(qy) < kGridLimit)) return kOverflow;
+    if (!(std::fabs(qx) < limit && std::fabs(qy) < limit)) return kOverflow;
     *c = Cell{static_cast<int64_t>(qx), static_cast<int64_t>(qy)};
     return kGrid;
   }
