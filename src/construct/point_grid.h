@@ -5,11 +5,11 @@
 // library's test, whose sums round by half a unit in the last place) have x / t (and y / t)
 // less than 1 + 0.11 apart while the quotients stay under 1e15 in size, and the quotients are
 // computed with an error below 0.11 each; so the cells of equal points are at most two apart on
-// each axis, and a query
-// looks at the 5 x 5 cells around its own.  Points whose quotients are larger share one list,
-// which every query scans while it is not empty; a query whose quotients lie just past the limit
-// looks at the cells as well, for the points filed just before it.  With t <= 0 (or NaN) no two points are equal, and neither are
-// points with a NaN or infinite coordinate: those are not filed and find nothing.
+// each axis, and a query looks at the 5 x 5 cells around its own.  Points whose quotients are
+// larger share one list, which every query scans while it is not empty; a query whose quotients
+// lie just past the limit looks at the cells as well, for the points filed just before it.
+// With t <= 0 (or NaN) no two points are equal, and neither are points with a NaN or infinite
+// coordinate: those are not filed and find nothing.
 #ifndef XGGEO_CONSTRUCT_POINT_GRID_H
 #define XGGEO_CONSTRUCT_POINT_GRID_H
 
