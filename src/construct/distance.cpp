@@ -18,6 +18,7 @@
 //      t counts as 0 (such pairs stop searching as soon as they find one).
 // A polygon inside a hole of another is nearest to that hole's ring and a polygon outside
 // another nearest to its outer ring, so step 1 measures those cases exactly too.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -90,27 +91,33 @@ bool point_reaches(const _xgWKB_POINT& p, const PolySpans& polygon, double t) {
   return true;
 }
 
-// Step 2: some part of `other` lies in (or, for points, on) a polygon of `polys`.
+// Step 2: some part of `other` lies in (or, for points, on) a polygon of `polys`.  Each part is
+// placed by one vertex (a polygon by its outer ring's first); the vertices are sorted by x so
+// that each polygon looks only at those within its box.
 bool part_inside(const ShapeRuns& polys, PolygonCache& cache, const ShapeRuns& other, double t) {
+  const bool areas = is_polygons(other.type());
+  std::vector<_xgWKB_POINT> probes;
+  for (uint32_t j = 0; j < other.part_count(); ++j) {
+    const ShapeRuns::Part& part = other.part(j);
+    for (uint32_t r = 0; r < part.runs && (r == 0 || !areas); ++r) {
+      const Span& run = other.run(part.first_run + r);
+      // A vertex with a NaN coordinate lies inside nothing (and would upset the sort).
+      if (run.n > 0 && !std::isnan(run.p[0].x) && !std::isnan(run.p[0].y)) probes.push_back(run.p[0]);
+    }
+  }
+  std::sort(probes.begin(), probes.end(),
+            [](const _xgWKB_POINT& l, const _xgWKB_POINT& r) { return l.x < r.x; });
   for (uint32_t i = 0; i < polys.part_count(); ++i) {
     const PolySpans raw = polys.polygon(i);
     if (raw.count == 0 || raw.rings[0].n == 0) continue;
     const _xgWKB_BOX box = raw.box();
-    for (uint32_t j = 0; j < other.part_count(); ++j) {
-      const ShapeRuns::Part& part = other.part(j);
-      if (part.runs == 0) continue;
-      for (uint32_t r = 0; r < part.runs; ++r) {
-        const Span& run = other.run(part.first_run + r);
-        if (run.n == 0) continue;
-        const _xgWKB_POINT& p = run.p[0];
-        if (outside_box(p, box, t)) continue;
-        const PolySpans& polygon = cache.polygon(i);
-        if (is_polygons(other.type()) ? point_within_polygon(p, polygon, t) == 1
-                                      : point_reaches(p, polygon, t)) {
-          return true;
-        }
-        if (is_polygons(other.type())) break;  // a polygon is placed by its outer ring alone
-      }
+    auto at = std::lower_bound(probes.begin(), probes.end(), box.minx - t,
+                               [](const _xgWKB_POINT& p, double x) { return p.x < x; });
+    for (; at != probes.end() && at->x <= box.maxx + t; ++at) {
+      const _xgWKB_POINT& p = *at;
+      if (outside_box(p, box, t)) continue;
+      const PolySpans& polygon = cache.polygon(i);
+      if (areas ? point_within_polygon(p, polygon, t) == 1 : point_reaches(p, polygon, t)) return true;
     }
   }
   return false;
