@@ -160,7 +160,7 @@ void BM_GeosDistanceIndexed(benchmark::State& state, Pair (*make)(std::size_t)) 
 constexpr auto kMs = benchmark::kMillisecond;
 BENCHMARK_CAPTURE(BM_XgHull, disc, disc_points)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(kMs);
 BENCHMARK_CAPTURE(BM_GeosHull, disc, disc_points)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(kMs);
-BENCHMARK_CAPTURE(BM_XgHull, circle, circle_points)->Arg(10000)->Unit(kMs);
+BENCHMARK_CAPTURE(BM_XgHull, circle, circle_points)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(kMs);
 BENCHMARK_CAPTURE(BM_GeosHull, circle, circle_points)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(kMs);
 BENCHMARK_CAPTURE(BM_XgDistance, polygons, mirrored_stars)->Arg(10000)->Unit(kMs);
 BENCHMARK_CAPTURE(BM_GeosDistance, polygons, mirrored_stars)->Arg(10000)->Unit(kMs);

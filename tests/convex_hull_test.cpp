@@ -6,6 +6,7 @@
 #include <cmath>
 #include <random>
 #include <set>
+#include <string>
 #include <utility>
 
 #include "construct/convex_hull.h"
@@ -134,21 +135,29 @@ Ring random_set(std::mt19937& rng, int kind, int n, double scale) {
   return pts;
 }
 
-TEST(ConvexHull, FilteredWalkGivesTheListOfTheWholeWalk) {
+void expect_same_list(const std::vector<_xgWKB_POINT>& want, const std::vector<_xgWKB_POINT>& got,
+                      const std::string& what) {
+  ASSERT_EQ(want.size(), got.size()) << what;
+  for (std::size_t i = 0; i < want.size(); ++i) {
+    EXPECT_EQ(want[i].x, got[i].x) << what << " point " << i;
+    EXPECT_EQ(want[i].y, got[i].y) << what << " point " << i;
+  }
+}
+
+// The pre-filter and the indexed walk against the plain walk on the whole set.
+TEST(ConvexHull, FilteredAndIndexedWalksGiveTheListOfThePlainWalk) {
   std::mt19937 rng(13);
   int dropped_some = 0;
   for (int round = 0; round < 160; ++round) {
     const int kind = round % 4;
     const double t = std::array<double, 4>{0, 1e-7, 1e-3, 0.05}[(round / 4) % 4];
     const double scale = std::array<double, 3>{1, 1e3, 1e-2}[(round / 16) % 3];
-    const Ring pts = random_set(rng, kind, 20 + static_cast<int>(rng() % 400), scale);
+    const int n = round % 5 == 0 ? 1500 : 20 + static_cast<int>(rng() % 400);
+    const Ring pts = random_set(rng, kind, n, scale);
     const std::vector<_xgWKB_POINT> whole = xg::gift_wrap(pts.data(), pts.size(), t);
-    const std::vector<_xgWKB_POINT> fast = xg::convex_hull_list(pts.data(), pts.size(), t);
-    ASSERT_EQ(whole.size(), fast.size()) << "round " << round;
-    for (std::size_t i = 0; i < whole.size(); ++i) {
-      EXPECT_EQ(whole[i].x, fast[i].x) << "round " << round << " point " << i;
-      EXPECT_EQ(whole[i].y, fast[i].y) << "round " << round << " point " << i;
-    }
+    const std::string what = "round " + std::to_string(round);
+    expect_same_list(whole, xg::gift_wrap_indexed(pts.data(), pts.size(), t), what + " indexed");
+    expect_same_list(whole, xg::convex_hull_list(pts.data(), pts.size(), t), what + " filtered");
     if (xg::hull_candidates(pts.data(), pts.size(), t).size() < pts.size() / 2) ++dropped_some;
   }
   EXPECT_GT(dropped_some, 20);  // the filter was at work in the comparison

@@ -11,6 +11,8 @@
 // first (hull_candidates, with the argument below).
 #include "construct/convex_hull.h"
 
+#include "construct/hull_walk.h"
+
 #include <cmath>
 
 #include "core/boundary.h"
@@ -21,75 +23,32 @@ namespace {
 
 using Pt = _xgWKB_POINT;
 
-// Coincidence of the walk: both coordinate differences strictly below 0.0001 (the same test as
-// wkb_point_equal_tol with the fixed tolerance, inline because the walk makes it in its inner
-// loop).
-inline bool coincide(const Pt& a, const Pt& b) {
-  const double dx = a.x - b.x;
-  const double dy = a.y - b.y;
-  return -kFixedTolerance < dx && dx < kFixedTolerance && -kFixedTolerance < dy && dy < kFixedTolerance;
-}
-
-inline double cross_at(const Pt& o, const Pt& a, const Pt& b) {
-  return (a.x - o.x) * (b.y - o.y) - (a.y - o.y) * (b.x - o.x);
-}
+inline double cross_at(const Pt& o, const Pt& a, const Pt& b) { return hull_cross(o, a, b); }
 
 }  // namespace
 
-std::vector<Pt> gift_wrap(const Pt* pts, std::size_t n, double t) {
-  std::vector<Pt> list;
-  if (n == 0) return list;
-  std::size_t h = 0;
-  for (std::size_t i = 1; i < n; ++i) {
-    if (pts[i].x < pts[h].x) h = i;  // only a strictly smaller x replaces the first found
-  }
-  const double t2 = t * t;
-  const Pt start = pts[h];
-  list.push_back(start);
-  std::vector<char> taken_before(n, 0);
-  std::size_t last_rejector = n;
-  taken_before[h] = 1;
-  for (;;) {
-    const Pt hp = pts[h];
-    std::size_t taken = n;
-    for (std::size_t c = 0; c < n && taken == n; ++c) {
-      const Pt cp = pts[c];
-      if (c == h || coincide(cp, hp)) continue;
-      const double ux = cp.x - hp.x;
-      const double uy = cp.y - hp.y;
-      auto rejects = [&](std::size_t p) {
-        const Pt pp = pts[p];
-        const double cross = ux * (pp.y - hp.y) - uy * (pp.x - hp.x);
-        bool r = cross < -t2;  // p lies right of h -> c
-        if (!r && cross < t2) {
-          // p is collinear within the tolerance: it rejects c when it lies beyond c.
-          const double dot = (hp.x - cp.x) * (pp.x - cp.x) + (hp.y - cp.y) * (pp.y - cp.y);
-          r = dot < t2;
-        }
-        // The skipped points are tested only once p would reject: the same answer, sooner.
-        return r && p != h && p != c && !coincide(pp, hp) && !coincide(pp, cp);
-      };
-      // A candidate falls if any point rejects it, so the order of asking does not matter: the
-      // point that rejected the last candidate is asked first, as it often rejects this one too.
-      bool accepted = !(last_rejector < n && rejects(last_rejector));
-      for (std::size_t p = 0; p < n && accepted; ++p) {
-        if (rejects(p)) {
-          accepted = false;
-          last_rejector = p;
-        }
+std::size_t gift_wrap_step(const Pt* pts, std::size_t n, std::size_t h, double t2, std::size_t* hint) {
+  const Pt hp = pts[h];
+  for (std::size_t c = 0; c < n; ++c) {
+    if (c == h || hull_coincide(pts[c], hp)) continue;
+    // A candidate falls if any point rejects it, so the order of asking does not matter: the
+    // point that rejected the last candidate is asked first, as it often rejects this one too.
+    bool accepted = !(*hint < n && hull_rejects(pts, h, c, *hint, t2));
+    for (std::size_t p = 0; p < n && accepted; ++p) {
+      if (hull_rejects(pts, h, c, p, t2)) {
+        accepted = false;
+        *hint = p;
       }
-      if (accepted) taken = c;
     }
-    if (taken == n) break;  // nothing accepted: repeating the step would change nothing
-    list.push_back(pts[taken]);
-    h = taken;
-    if (coincide(pts[h], start)) break;
-    // A point taken again without coinciding with the start: from here the walk would repeat
-    // itself for ever (a start in the middle of a straight run of the hull can do that).
-    if (taken_before[h]) break;
-    taken_before[h] = 1;
+    if (accepted) return c;
   }
-  return list;
+  return n;
+}
+
+std::vector<Pt> gift_wrap(const Pt* pts, std::size_t n, double t) {
+  const double t2 = t * t;
+  std::size_t hint = n;
+  return hull_walk(pts, n, [&](std::size_t h) { return gift_wrap_step(pts, n, h, t2, &hint); });
 }
 
 // Why dropping deep points cannot change the walk's list.
@@ -203,7 +162,7 @@ std::vector<Pt> hull_candidates(const Pt* pts, std::size_t n, double t) {
 
 std::vector<Pt> convex_hull_list(const Pt* pts, std::size_t n, double t) {
   const std::vector<Pt> kept = hull_candidates(pts, n, t);
-  return gift_wrap(kept.data(), kept.size(), t);
+  return gift_wrap_indexed(kept.data(), kept.size(), t);
 }
 
 namespace {
