@@ -8,7 +8,8 @@
 // (list of 2), a linestring of its second and third points (list of 3) or a one-ring polygon.
 //
 // The walk is quadratic per hull point, so the points that cannot change its list are dropped
-// first (hull_candidates, with the argument below).
+// first (hull_candidates, with the argument below), and large sets are walked with a point
+// index (hull_walk_index.cpp); both give the plain walk's list.
 #include "construct/convex_hull.h"
 
 #include "construct/hull_walk.h"
