@@ -1,8 +1,9 @@
 // bench_hull_distance.cpp - convex hulls and distances against GEOS on the same inputs.
 //
 // Hull inputs: n random points (a multipoint) uniformly in a disc, and n random points on a
-// circle, where every point is a hull vertex (the worst case for gift wrapping, whose walk costs
-// n per hull point: ours runs it on the circle only at the smallest size).
+// circle, where every point is a hull vertex (the worst case for gift wrapping).  At a million
+// points on the circle some neighbours come within 0.0001 of each other, and the walk's rules for
+// coinciding points end it early (the label gives the hull points found).
 // Distance inputs: two star polygons of n vertices each, the second the mirror image of the first
 // about a vertical line half a unit right of the first's rightmost vertex, so that they are
 // exactly 1 apart; and n random points in a box above a wavy n-vertex line about 1 below it.
