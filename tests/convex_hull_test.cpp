@@ -108,8 +108,8 @@ TEST(ConvexHull, StatusesForBadInput) {
   }
 }
 
-// Point sets that stress the filter: a disc, a circle, a grid with repeats and collinear runs,
-// and clusters of near-coinciding points.
+// Point sets that stress the filter and the indexed walk: a disc, a circle, a grid with repeats
+// and collinear runs, clusters of near-coinciding points, and points on one line.
 Ring random_set(std::mt19937& rng, int kind, int n, double scale) {
   std::uniform_real_distribution<double> u(-1, 1);
   Ring pts;
@@ -127,8 +127,11 @@ Ring random_set(std::mt19937& rng, int kind, int n, double scale) {
       case 2:
         pts.push_back({std::round(5 * x), std::round(5 * y)});
         break;
-      default:
+      case 3:
         pts.push_back({std::round(2 * x) + 5e-5 * u(rng), std::round(2 * y) + 5e-5 * u(rng)});
+        break;
+      default:
+        pts.push_back({scale * x, scale * (2 * x + 1)});
         break;
     }
   }
@@ -148,11 +151,11 @@ void expect_same_list(const std::vector<_xgWKB_POINT>& want, const std::vector<_
 TEST(ConvexHull, FilteredAndIndexedWalksGiveTheListOfThePlainWalk) {
   std::mt19937 rng(13);
   int dropped_some = 0;
-  for (int round = 0; round < 160; ++round) {
-    const int kind = round % 4;
-    const double t = std::array<double, 4>{0, 1e-7, 1e-3, 0.05}[(round / 4) % 4];
-    const double scale = std::array<double, 3>{1, 1e3, 1e-2}[(round / 16) % 3];
-    const int n = round % 5 == 0 ? 1500 : 20 + static_cast<int>(rng() % 400);
+  for (int round = 0; round < 200; ++round) {
+    const int kind = round % 5;
+    const double t = std::array<double, 4>{0, 1e-7, 1e-3, 0.05}[(round / 5) % 4];
+    const double scale = std::array<double, 3>{1, 1e3, 1e-2}[(round / 20) % 3];
+    const int n = round % 7 == 0 ? 1500 : 20 + static_cast<int>(rng() % 400);
     const Ring pts = random_set(rng, kind, n, scale);
     const std::vector<_xgWKB_POINT> whole = xg::gift_wrap(pts.data(), pts.size(), t);
     const std::string what = "round " + std::to_string(round);
