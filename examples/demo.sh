@@ -128,6 +128,18 @@ run wktsize -a "multipoint (1 2,3 4)"
 
 # Hull, distance and merge
 
+show "Convex hull: counter-clockwise from the leftmost point; three points in a row give a line"
+run hull -a "multipoint (3 1,0 0,4 4,1 3,2 2)"
+run hull -a "multipoint (0 0,1 0,2 0)"
+
+show "Distance: 0 inside a polygon, the way to the hole's ring inside a hole"
+run distance -a "point (5 5.5)" -b "polygon ((0 0,10 0,10 10,0 10,0 0),(4 4,6 4,6 6,4 6,4 4))"
+run distance -a "point (1 1)" -b "polygon ((0 0,10 0,10 10,0 10,0 0),(4 4,6 4,6 6,4 6,4 4))"
+
+show "Merge: lines sharing an end become one line; polygons are collected"
+run merge -a "linestring (1 0,0 0)" -b "linestring (1 0,2 0)"
+run merge -a "polygon ((0 0,1 0,1 1,0 0))" -b "polygon ((5 5,6 5,6 6,5 5))"
+
 # Linear referencing, snapping and envelope relations
 show "The point three quarters along a line, and a point snapped onto a line's end"
 run along 0.75 -a "linestring (0 0,1 0,3 0)"

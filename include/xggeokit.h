@@ -742,6 +742,44 @@ XGGEO_API uint32_t xgWKB_shape_envelope_is_touching(const unsigned char *shape,
 /* Convex hull, distance and line merge                                                       */
 /* ------------------------------------------------------------------------------------------ */
 
+/* The convex hull of a shape's vertices (a polygon's first ring, a multipolygon's first rings;
+ * holes are ignored), walked counter-clockwise from the first point of smallest x.  Points are
+ * collinear within t (cross products compared with t*t) and coincide within the fixed 0.0001.
+ * A point gives a copy of itself; a set of two points the linestring of both in input order; a
+ * larger set a polygon of one closed counter-clockwise ring, or the point or two-point
+ * linestring its walk degenerates to (coinciding points give a polygon whose ring holds one
+ * point).  Returns 0; -65 for a null shape or out; -27 for a type outside 1..6 or a multi-type
+ * with a foreign member; -148 for a shape without points; -1 when memory runs out.  *out is a
+ * new shape, released with xgWKB_shape_free. */
+XGGEO_API int32_t xgWKB_shape_generate_convex_hull(const unsigned char *shape, unsigned char **out, double t);
+
+/* The shortest Euclidean distance between two shapes of types 1..6, in either order: 0 where
+ * they meet or one lies inside the other (polygons closer than about 0.0001 count as meeting).
+ * Where either shape is a point or multipoint, or a multilinestring or multipolygon, a distance
+ * below t counts as 0.  Points on a polygon's boundary within t are at distance 0.  Returns 0
+ * with *distance set; -65 for a null shape or distance; -27 for a type outside 1..6 or a
+ * multi-type with a foreign member; -148 when a shape has no point; -1 when memory runs out.
+ * *distance is written only on success.  Nothing is allocated. */
+XGGEO_API int32_t xgWKB_shape_calculate_distance(const unsigned char *a, const unsigned char *b, double *distance,
+                                                 double t);
+
+/* Merges two shapes of one dimension (points are equal within t on both axes):
+ *  - point, point: a copy of the first when they are equal, else a multipoint of both;
+ *  - point and multipoint (either order): a copy of the multipoint when the point equals its
+ *    first member, else the multipoint with the point appended;
+ *  - multipoint, multipoint: the first's members, then the second's that equal none of them;
+ *  - linestring, linestring: one linestring when an end of one equals an end of the other
+ *    (tried first-first, first-last, last-first, last-last; the parts are reversed as needed and
+ *    the shared point kept once), else a multilinestring of the two;
+ *  - linestrings and multilinestrings otherwise: the members of both joined end to end wherever
+ *    an open line's end equals another's; one line comes back as a linestring, several as a
+ *    multilinestring in the order their first member came;
+ *  - polygons and multipolygons: one multipolygon of the members of both, in order.
+ * Returns 0; -65 for a null shape or out; -27 when the first type is outside 1..6 or a
+ * multi-type holds a foreign member; -136 when the second is not of the first's dimension; -1
+ * when memory runs out.  *out is a new shape, released with xgWKB_shape_free. */
+XGGEO_API int32_t xgWKB_shape_merge(const unsigned char *a, const unsigned char *b, unsigned char **out, double t);
+
 /* ------------------------------------------------------------------------------------------ */
 /* Linear referencing and snapping                                                            */
 /* ------------------------------------------------------------------------------------------ */

@@ -67,6 +67,12 @@ TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines)
       // Overlay
       // Buffer and clipping
       // Hull, distance and merge
+      {"hull -a 'multipoint (0 0,1 0,2 0)'", "", "linestring (2.000000 0.000000,0.000000 0.000000)\n"},
+      {"distance -b 'point (3 4)'", "point (0 0)\nmultipoint (9 9,0.3 4)\n", "5\n2.7\n"},
+      {"distance 0.5 -a 'multipoint (9 9,0 0)' -b 'point (0.3 0)'", "", "0\n"},  // below the tolerance
+      {"merge -a 'linestring (1 0,0 0)' -b 'linestring (1 0,2 0)'", "",
+       "linestring (0.000000 0.000000,1.000000 0.000000,2.000000 0.000000)\n"},
+      {"merge -a 'point (0 0)'" + square, "", "", 1, "status -136"},
       // Linear referencing, snapping and envelope relations
       {"along 0.75 -a 'linestring (0 0,1 0,3 0)'", "", "1.5 0\n"},
       {"along 0.5 -a 'linestring (0 0,1 0,2 0)'", "", "", 1, "status -1"},  // on the middle vertex

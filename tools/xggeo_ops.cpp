@@ -305,6 +305,10 @@ const Op kOperations[] = {
     // Overlay
     // Buffer and clipping
     // Hull, distance and merge
+    {"hull", Inputs::kShape, 0, 1, "[TOL]", "convex hull of the shape's vertices", op_hull},
+    {"distance", Inputs::kShapes, 0, 1, "[TOL]", "shortest distance between -a and -b", op_distance},
+    {"merge", Inputs::kShapes, 0, 1, "[TOL]", "-a and -b merged into one shape, lines joined end to end",
+     op_merge},
     // Linear referencing, snapping and envelope relations
     {"along", Inputs::kShape, 1, 1, "F", "the point at fraction F of a linestring's length", op_along},
     {"snap", Inputs::kShape, 4, 4, "X Y T MODES",

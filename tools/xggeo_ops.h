@@ -105,6 +105,9 @@ struct Op {
 // Overlay
 // Buffer and clipping
 // Hull, distance and merge
+int32_t op_hull(const Operands& in, const Args& args, Output& out);
+int32_t op_distance(const Operands& in, const Args& args, Output& out);
+int32_t op_merge(const Operands& in, const Args& args, Output& out);
 // Linear referencing, snapping and envelope relations
 int32_t op_along(const Operands& in, const Args& args, Output& out);
 int32_t op_snap(const Operands& in, const Args& args, Output& out);
