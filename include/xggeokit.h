@@ -751,7 +751,7 @@ XGGEO_API uint32_t xgWKB_shape_envelope_is_touching(const unsigned char *shape,
  * point).  Returns 0; -65 for a null shape or out; -27 for a type outside 1..6 or a multi-type
  * with a foreign member; -148 for a shape without points; -1 when memory runs out.  *out is a
  * new shape, released with xgWKB_shape_free. */
-XGGEO_API int32_t xgWKB_shape_generate_convex_hull(const unsigned char *shape, unsigned char **out, double t);
+XGGEO_API int32_t xgWKB_shape_generate_convex_hull(const unsigned char *shape, unsigned char **out, double t) XGGEO_NOEXCEPT;
 
 /* The shortest Euclidean distance between two shapes of types 1..6, in either order: 0 where
  * they meet or one lies inside the other (polygons closer than about 0.0001 count as meeting).
@@ -761,7 +761,7 @@ XGGEO_API int32_t xgWKB_shape_generate_convex_hull(const unsigned char *shape, u
  * multi-type with a foreign member; -148 when a shape has no point; -1 when memory runs out.
  * *distance is written only on success.  Nothing is allocated. */
 XGGEO_API int32_t xgWKB_shape_calculate_distance(const unsigned char *a, const unsigned char *b, double *distance,
-                                                 double t);
+                                                 double t) XGGEO_NOEXCEPT;
 
 /* Merges two shapes of one dimension (points are equal within t on both axes):
  *  - point, point: a copy of the first when they are equal, else a multipoint of both;
@@ -778,7 +778,7 @@ XGGEO_API int32_t xgWKB_shape_calculate_distance(const unsigned char *a, const u
  * Returns 0; -65 for a null shape or out; -27 when the first type is outside 1..6 or a
  * multi-type holds a foreign member; -136 when the second is not of the first's dimension; -1
  * when memory runs out.  *out is a new shape, released with xgWKB_shape_free. */
-XGGEO_API int32_t xgWKB_shape_merge(const unsigned char *a, const unsigned char *b, unsigned char **out, double t);
+XGGEO_API int32_t xgWKB_shape_merge(const unsigned char *a, const unsigned char *b, unsigned char **out, double t) XGGEO_NOEXCEPT;
 
 /* ------------------------------------------------------------------------------------------ */
 /* Linear referencing and snapping                                                            */

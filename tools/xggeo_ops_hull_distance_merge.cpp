@@ -7,8 +7,6 @@ namespace xggeo {
 
 namespace {
 
-constexpr double kDefaultTolerance = 0.0001;
-
 // Prints the new shape, or releases whatever the call handed out before failing.
 int32_t print_new_shape(int32_t status, unsigned char* result, Output& out) {
   if (status != XGWKB_OK) {

@@ -57,7 +57,7 @@ int32_t op_envelope(const Operands& in, const Args& args, Output& out) {
   unsigned char* envelope = nullptr;
   const int32_t status = xgWKB_shape_generate_envelope(&box, &envelope);
   if (status != XGWKB_OK) return status;
-  const uint32_t answer = predicate(in.a, envelope, args.real_or(5, 0.0001));
+  const uint32_t answer = predicate(in.a, envelope, args.real_or(5, kDefaultTolerance));
   xgWKB_shape_free(envelope);
   out.boolean(answer == 1);
   return XGWKB_OK;

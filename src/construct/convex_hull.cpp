@@ -265,7 +265,7 @@ int32_t convex_hull(const byte* shape, byte** out, double t) {
 }  // namespace xg
 
 extern "C" int32_t xgWKB_shape_generate_convex_hull(const unsigned char* shape, unsigned char** out,
-                                                    double t) {
+                                                    double t) noexcept {
   return xg::guarded([&]() -> int32_t {
     if (shape == nullptr) return XGWKB_E_NULL_POINTER;
     if (!xg::is_geometry_type(xg::shape_type(shape))) return XGWKB_E_INVALID_ENTITY;

@@ -173,7 +173,7 @@ int32_t shape_distance(const byte* a, const byte* b, double t, double* distance)
 }  // namespace xg
 
 extern "C" int32_t xgWKB_shape_calculate_distance(const unsigned char* a, const unsigned char* b,
-                                                  double* distance, double t) {
+                                                  double* distance, double t) noexcept {
   return xg::guarded([&]() -> int32_t {
     if (a == nullptr || b == nullptr || distance == nullptr) return XGWKB_E_NULL_POINTER;
     if (!xg::is_geometry_type(xg::shape_type(a)) || !xg::is_geometry_type(xg::shape_type(b))) {

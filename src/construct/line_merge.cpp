@@ -361,7 +361,7 @@ int32_t merge(const byte* a, const byte* b, double t, byte** out) {
 }  // namespace xg
 
 extern "C" int32_t xgWKB_shape_merge(const unsigned char* a, const unsigned char* b, unsigned char** out,
-                                     double t) {
+                                     double t) noexcept {
   return xg::guarded([&]() -> int32_t {
     if (a == nullptr || b == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
     const uint32_t ta = xg::shape_type(a);
