@@ -308,7 +308,7 @@ byte* write_gathered(const Gathered& g, std::size_t size) {
       break;
     case XGWKB_TYPE_LINESTRING:
       w.header(XGWKB_TYPE_LINESTRING);
-      run(*runs);
+      run(g.runs.empty() ? 0 : g.runs[0]);  // LINESTRING EMPTY gathers no run
       break;
     case XGWKB_TYPE_POLYGON:
       polygon(static_cast<uint32_t>(g.runs.size()));
