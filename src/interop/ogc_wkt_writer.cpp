@@ -1,6 +1,7 @@
 // ogc_wkt_writer.cpp - OGC simple-features WKT from a shape (see ogc_wkt_writer.h).
 #include "interop/ogc_wkt_writer.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace xg {
@@ -61,33 +62,50 @@ class OgcWriter {
     }
   }
 
+  // Long runs are the bulk of the work: their numbers go straight into the string's storage,
+  // which is grown ahead by the longest a pair can take.
   void run(PointRun r) {
     const uint32_t n = r.size();
     if (n == 0) {
       text_ += "EMPTY";
       return;
     }
-    text_ += '(';
+    std::size_t used = text_.size();
     for (uint32_t i = 0; i < n; ++i) {
-      if (i != 0) text_ += ", ";
-      coord(r.point(i));
+      if (text_.size() - used < kMaxPair) text_.resize(std::max(2 * text_.size(), used + kMaxPair));
+      char* at = text_.data() + used;
+      *at++ = i == 0 ? '(' : ',';
+      if (i != 0) *at++ = ' ';
+      const _xgWKB_POINT p = r.point(i);
+      at = number(at, p.x);
+      *at++ = ' ';
+      at = number(at, p.y);
+      used = static_cast<std::size_t>(at - text_.data());
     }
+    text_.resize(used);
     text_ += ')';
   }
 
   void coord(const _xgWKB_POINT& p) {
-    number(p.x);
-    text_ += ' ';
-    number(p.y);
+    text_.resize(text_.size() + kMaxPair);
+    char* start = text_.data() + text_.size() - kMaxPair;
+    char* at = number(start, p.x);
+    *at++ = ' ';
+    at = number(at, p.y);
+    text_.resize(text_.size() - kMaxPair + static_cast<std::size_t>(at - start));
   }
 
-  void number(double v) {
-    // Fixed digits of a huge value need up to 309 integer digits plus the decimals.
-    char buf[352];
-    const std::to_chars_result r = precision_ < 0 ? std::to_chars(buf, buf + sizeof buf, v)
-                                                  : std::to_chars(buf, buf + sizeof buf, v, std::chars_format::fixed, precision_);
-    text_.append(buf, r.ptr);
+  // Writes v at `at` (room for kMaxNumber characters); returns the end.
+  char* number(char* at, double v) const {
+    const std::to_chars_result r = precision_ < 0 ? std::to_chars(at, at + kMaxNumber, v)
+                                                  : std::to_chars(at, at + kMaxNumber, v, std::chars_format::fixed, precision_);
+    return r.ptr;
   }
+
+  // Fixed digits of a huge value take up to 309 integer digits, a sign, a point and the
+  // decimals; a pair adds the separators.
+  static constexpr std::size_t kMaxNumber = 330;
+  static constexpr std::size_t kMaxPair = 2 * kMaxNumber + 4;
 
   int32_t precision_;
   std::string& text_;
