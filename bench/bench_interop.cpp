@@ -71,7 +71,7 @@ std::string ogc_text() {
 
 // ---- WKB -------------------------------------------------------------------------------------
 
-void BM_WkbRead_Ours(benchmark::State& state) {
+void BM_XgWkbRead(benchmark::State& state) {
   const std::vector<unsigned char> bytes = wkb(static_cast<int>(state.range(0)));
   for (auto _ : state) {
     unsigned char* out = nullptr;
@@ -81,9 +81,9 @@ void BM_WkbRead_Ours(benchmark::State& state) {
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes.size()));
 }
-BENCHMARK(BM_WkbRead_Ours)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_XgWkbRead)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
-void BM_WkbRead_Geos(benchmark::State& state) {
+void BM_GeosWkbRead(benchmark::State& state) {
   const std::vector<unsigned char> bytes = wkb(static_cast<int>(state.range(0)));
   Geos geos;
   for (auto _ : state) {
@@ -93,9 +93,9 @@ void BM_WkbRead_Geos(benchmark::State& state) {
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes.size()));
 }
-BENCHMARK(BM_WkbRead_Geos)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_GeosWkbRead)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
-void BM_WkbWrite_Ours(benchmark::State& state) {
+void BM_XgWkbWrite(benchmark::State& state) {
   std::size_t bytes = 0;
   for (auto _ : state) {
     unsigned char* out = nullptr;
@@ -106,9 +106,9 @@ void BM_WkbWrite_Ours(benchmark::State& state) {
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));
 }
-BENCHMARK(BM_WkbWrite_Ours)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_XgWkbWrite)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
-void BM_WkbWrite_Geos(benchmark::State& state) {
+void BM_GeosWkbWrite(benchmark::State& state) {
   const std::vector<unsigned char> bytes = wkb(0);
   Geos geos;
   geos.g = GEOSWKBReader_read_r(geos.h, geos.wkb_reader, bytes.data(), bytes.size());
@@ -120,11 +120,11 @@ void BM_WkbWrite_Geos(benchmark::State& state) {
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * size));
 }
-BENCHMARK(BM_WkbWrite_Geos)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_GeosWkbWrite)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 // ---- OGC WKT ---------------------------------------------------------------------------------
 
-void BM_WktRead_Ours(benchmark::State& state) {
+void BM_XgOgcWktRead(benchmark::State& state) {
   const std::string text = ogc_text();
   for (auto _ : state) {
     unsigned char* out = nullptr;
@@ -134,9 +134,9 @@ void BM_WktRead_Ours(benchmark::State& state) {
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
 }
-BENCHMARK(BM_WktRead_Ours)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_XgOgcWktRead)->Unit(benchmark::kMillisecond);
 
-void BM_WktRead_Geos(benchmark::State& state) {
+void BM_GeosOgcWktRead(benchmark::State& state) {
   const std::string text = ogc_text();
   Geos geos;
   for (auto _ : state) {
@@ -146,9 +146,9 @@ void BM_WktRead_Geos(benchmark::State& state) {
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
 }
-BENCHMARK(BM_WktRead_Geos)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_GeosOgcWktRead)->Unit(benchmark::kMillisecond);
 
-void BM_WktWrite_Ours(benchmark::State& state) {
+void BM_XgOgcWktWrite(benchmark::State& state) {
   std::size_t bytes = 0;
   for (auto _ : state) {
     char* text = nullptr;
@@ -158,9 +158,9 @@ void BM_WktWrite_Ours(benchmark::State& state) {
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));
 }
-BENCHMARK(BM_WktWrite_Ours)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_XgOgcWktWrite)->Unit(benchmark::kMillisecond);
 
-void BM_WktWrite_Geos(benchmark::State& state) {
+void BM_GeosOgcWktWrite(benchmark::State& state) {
   const std::vector<unsigned char> bytes = wkb(0);
   Geos geos;
   geos.g = GEOSWKBReader_read_r(geos.h, geos.wkb_reader, bytes.data(), bytes.size());
@@ -172,7 +172,7 @@ void BM_WktWrite_Geos(benchmark::State& state) {
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * size));
 }
-BENCHMARK(BM_WktWrite_Geos)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_GeosOgcWktWrite)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

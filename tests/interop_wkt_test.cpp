@@ -82,13 +82,14 @@ TEST(OgcWktRead, FaultsNameTheirOffsetAndAllocateNothing) {
       {"POINT (1 2 3 4 5)", 0, XGWKB_E_TEXT_SYNTAX, 15},
       {"POINT Z (1 2)", 0, XGWKB_E_TEXT_SYNTAX, 9},
       {"LINESTRING (0 0,, 1 1)", 0, XGWKB_E_TEXT_SYNTAX, 16},
+      {"POLYGON ((0 0, 1 0, 1 1 0 0))", 0, XGWKB_E_TEXT_SYNTAX, 20},  // a missing comma, not Z and M
       {"POLYGON (EMPTY)", 0, XGWKB_E_TEXT_SYNTAX, 9},
       {"MULTIPOINT (EMPTY)", 0, XGWKB_E_TEXT_SYNTAX, 12},
       {"POINT FOO (1 2)", 0, XGWKB_E_TEXT_SYNTAX, 6},
       {"CIRCULARSTRING (0 0, 1 1, 2 0)", 0, XGWKB_E_INVALID_GEOMETRY_TYPE, 0},
       {" GEOMETRYCOLLECTION (POINT (1 2))", 0, XGWKB_E_WKB_COLLECTION, 1},
       {"POINT Z (1 2 3)", XGWKB_REFUSE_Z, XGWKB_E_EXTRA_ORDINATES, 6},
-      {"LINESTRING (0 0, 1 1 1)", XGWKB_REFUSE_Z, XGWKB_E_EXTRA_ORDINATES, 17},
+      {"LINESTRING (0 0 0, 1 1 1)", XGWKB_REFUSE_Z, XGWKB_E_EXTRA_ORDINATES, 12},
       {"POINTM (1 2 3)", XGWKB_REFUSE_M, XGWKB_E_EXTRA_ORDINATES, 5},
   };
   for (const auto& c : cases) {

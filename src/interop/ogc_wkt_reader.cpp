@@ -232,11 +232,11 @@ class OgcParser {
       if (!starts_number(t_[at_])) break;
       if (int32_t s = number(&extra)) return s;
     }
-    if (tag_dims_ != 0) {
-      if (dims != tag_dims_) return fail(XGWKB_E_TEXT_SYNTAX, start);
-    } else if (refused(dims >= 3, dims == 4)) {
-      return fail(XGWKB_E_EXTRA_ORDINATES, start);
-    }
+    // Every point has the ordinates of the tag, or without one those of the first point (so
+    // that a missing comma between two points is caught rather than read as Z and M).
+    if (dims_ == 0) dims_ = tag_dims_ != 0 ? tag_dims_ : dims;
+    if (dims != dims_) return fail(XGWKB_E_TEXT_SYNTAX, start);
+    if (tag_dims_ == 0 && refused(dims >= 3, dims == 4)) return fail(XGWKB_E_EXTRA_ORDINATES, start);
     g.points.push_back(p);
     return XGWKB_OK;
   }
@@ -281,6 +281,7 @@ class OgcParser {
   std::size_t at_ = 0;
   std::size_t fault_ = 0;
   uint32_t tag_dims_ = 0;
+  uint32_t dims_ = 0;  // ordinates every point must have, once known
   bool tag_z_ = false, tag_m_ = false;
   std::size_t tag_at_ = 0;
 };

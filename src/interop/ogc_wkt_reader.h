@@ -2,7 +2,7 @@
 //
 // Accepts keywords in any case, any blanks (space, tab, CR, LF) between tokens, an optional
 // "SRID=n;" prefix, Z/M/ZM tags written apart or joined to the keyword, 3 or 4 ordinates without
-// a tag (taken as Z and ZM), EMPTY, both multipoint spellings, signs and exponents.  Extra
+// a tag (taken as Z and ZM; every point of a text has as many), EMPTY, both multipoint spellings, signs and exponents.  Extra
 // ordinates are dropped, or refused when the flags ask.  The text is read up to its terminating
 // zero and no further.
 #ifndef XGGEO_INTEROP_OGC_WKT_READER_H
