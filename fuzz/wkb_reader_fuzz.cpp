@@ -1,6 +1,7 @@
 // libFuzzer target: the bounded WKB reader on arbitrary bytes, with and without the flags that
 // refuse extra ordinates.  Whatever it accepts must be a blob the structural check accepts.
 #include <cstdlib>
+#include <initializer_list>
 
 #include "xggeokit.h"
 

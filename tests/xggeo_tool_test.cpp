@@ -44,44 +44,6 @@ ToolRun xggeo(const std::string&, const std::string& = "") { return {}; }
 
 }  // namespace
 
-// The library's answers are tested on their own; these runs cover arguments, input lines, messages
-// and exit codes.
-TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines) {
-  SKIP_WITHOUT_TOOL();
-  const std::string square = " -b 'polygon ((0 0,10 0,10 10,0 10,0 0))'";
-  const struct { std::string args, in, out; int exit_code = 0; std::string err = ""; } cases[] = {
-      {"type", "point (1 2)\n\n# note\nlinestring (0 0,1 1)\r\npolygon empty\n", "1\n2\n0\n"},
-      {"extent 1 -a 'multilinestring ((0 0,1 1),(2.5 -3,4 4))'", "", "2.5 -3 4 4\n"},
-      {"rect 0 0 2 1", "",
-       "polygon ((0.000000 0.000000,0.000000 1.000000,2.000000 1.000000,2.000000 0.000000,0.000000 0.000000))\n"},
-      {"valid -a 'polygon ((0 0,10 10,10 0,0 10,0 0))'", "",  // the rule broken, in UTF-8
-       "false -155 \xE7\xBA\xBF\xE6\x88\x96\xE9\x9D\xA2\xE7\x9A\x84\xE8\xBE\xB9\xE7\x95\x8C\xE8\x87\xAA\xE4\xBA\xA4\n"},
-      {"within" + square, "point (5 5)\npoint (10 5)\npoint (15 5)\n", "true\nfalse\nfalse\n"},
-      {"touches 0.0001 -a 'point (10.00005 3)'" + square, "", "true\n"},  // a tolerance argument
-      // Failed geometries are reported with status and message (-27 "invalid entity" in UTF-8),
-      // and the run goes on.
-      {"points -a @data/mixed.wkt", "", "1\n2\n4\n8\n", 1,
-       "mixed.wkt:8: status -27: \xE6\x97\xA0\xE6\x95\x88\xE7\x9A\x84"},
-      {"points -a @data/mixed.wkt", "", "1\n2\n4\n8\n", 1, "mixed.wkt:6: not a text in the library's WKT dialect"},
-      {"extent -1 -a 'polygon ((0 0,1 0,0 0))'", "", "", 1, "status -135"},  // a number, not an option
-      {"", "", "", 2}, {"nosuchop", "", "", 2}, {"wkt 'point (1 2)'", "", "", 2},
-      {"extent x -a 'point (1 2)'", "", "", 2}, {"wkt -a", "", "", 2}, {"wkt -a @no/such/file.wkt", "", "", 2},
-      // Overlay
-      // Buffer and clipping
-      // Hull, distance and merge
-      // Linear referencing, snapping and envelope relations
-      // Annotations
-      // Coordinate codec
-  };
-  for (const auto& c : cases) {
-    const ToolRun r = xggeo(c.args, c.in);
-    EXPECT_EQ(r.exit_code, c.exit_code) << c.args << ": " << r.err;
-    EXPECT_EQ(r.out, c.out) << c.args;
-    EXPECT_EQ(r.err.empty(), c.exit_code == 0) << c.args << ": " << r.err;
-    EXPECT_NE(r.err.find(c.err), std::string::npos) << c.args << ": " << r.err;
-  }
-}
-
 // Standard interchange: every line in its own form, errors with file, line and offset, threads
 // that keep the input order, and a picture that is well-formed XML.
 TEST(XggeoTool, ReadsEveryFormPerLineWritesTheChosenOneAndDrawsSvg) {
@@ -128,4 +90,42 @@ TEST(XggeoTool, ReadsEveryFormPerLineWritesTheChosenOneAndDrawsSvg) {
   EXPECT_TRUE(open.empty());
   EXPECT_NE(svg.out.find("<g id=\"result\""), std::string::npos);
   EXPECT_NE(svg.out.find("scale(1,-1)"), std::string::npos);
+}
+
+// The library's answers are tested on their own; these runs cover arguments, input lines, messages
+// and exit codes.
+TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines) {
+  SKIP_WITHOUT_TOOL();
+  const std::string square = " -b 'polygon ((0 0,10 0,10 10,0 10,0 0))'";
+  const struct { std::string args, in, out; int exit_code = 0; std::string err = ""; } cases[] = {
+      {"type", "point (1 2)\n\n# note\nlinestring (0 0,1 1)\r\npolygon empty\n", "1\n2\n0\n"},
+      {"extent 1 -a 'multilinestring ((0 0,1 1),(2.5 -3,4 4))'", "", "2.5 -3 4 4\n"},
+      {"rect 0 0 2 1", "",
+       "polygon ((0.000000 0.000000,0.000000 1.000000,2.000000 1.000000,2.000000 0.000000,0.000000 0.000000))\n"},
+      {"valid -a 'polygon ((0 0,10 10,10 0,0 10,0 0))'", "",  // the rule broken, in UTF-8
+       "false -155 \xE7\xBA\xBF\xE6\x88\x96\xE9\x9D\xA2\xE7\x9A\x84\xE8\xBE\xB9\xE7\x95\x8C\xE8\x87\xAA\xE4\xBA\xA4\n"},
+      {"within" + square, "point (5 5)\npoint (10 5)\npoint (15 5)\n", "true\nfalse\nfalse\n"},
+      {"touches 0.0001 -a 'point (10.00005 3)'" + square, "", "true\n"},  // a tolerance argument
+      // Failed geometries are reported with status and message (-27 "invalid entity" in UTF-8),
+      // and the run goes on.
+      {"points -a @data/mixed.wkt", "", "1\n2\n4\n8\n", 1,
+       "mixed.wkt:8: status -27: \xE6\x97\xA0\xE6\x95\x88\xE7\x9A\x84"},
+      {"points -a @data/mixed.wkt", "", "1\n2\n4\n8\n", 1, "mixed.wkt:6: not a text in the library's WKT dialect"},
+      {"extent -1 -a 'polygon ((0 0,1 0,0 0))'", "", "", 1, "status -135"},  // a number, not an option
+      {"", "", "", 2}, {"nosuchop", "", "", 2}, {"wkt 'point (1 2)'", "", "", 2},
+      {"extent x -a 'point (1 2)'", "", "", 2}, {"wkt -a", "", "", 2}, {"wkt -a @no/such/file.wkt", "", "", 2},
+      // Overlay
+      // Buffer and clipping
+      // Hull, distance and merge
+      // Linear referencing, snapping and envelope relations
+      // Annotations
+      // Coordinate codec
+  };
+  for (const auto& c : cases) {
+    const ToolRun r = xggeo(c.args, c.in);
+    EXPECT_EQ(r.exit_code, c.exit_code) << c.args << ": " << r.err;
+    EXPECT_EQ(r.out, c.out) << c.args;
+    EXPECT_EQ(r.err.empty(), c.exit_code == 0) << c.args << ": " << r.err;
+    EXPECT_NE(r.err.find(c.err), std::string::npos) << c.args << ": " << r.err;
+  }
 }

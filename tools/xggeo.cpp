@@ -68,9 +68,7 @@ std::string synopsis(const Op& op) {
 
 void print_help(std::FILE* to) {
   std::fprintf(to,
-               "usage: xggeo OP [ARG...] [-a %s] [-b %s] [-t] [-r N] [-j N] [--of FORM]\n"
-               "             [--svg FILE]\n"
-               "       xggeo svg OP [ARG...] ...     (the run drawn as SVG on stdout)\n"
+               "usage: xggeo OP [ARG...] [-a %s] [-b %s] [-t] [-r N]\n"
                "       xggeo --help | xggeo OP --help\n\n"
                "Runs one operation of the xgGeoKit library on each geometry of -a (and against\n"
                "-b) and prints one result line per geometry: a text, a number or a list of\n"
@@ -87,15 +85,9 @@ void print_help(std::FILE* to) {
                "  -t       print the time the runs took on stderr (reading files, turning texts\n"
                "           into shapes for the operations that take shapes, and printing are\n"
                "           not counted)\n"
-               "  -r N     run the operation N times over all geometries; results print once\n"
-               "  -j N     run the geometries on N threads; results keep the input order\n"
-               "  --of FORM  write shapes as dialect, wkt (OGC), wkb (hex) or geojson\n"
-               "  --svg FILE  also draw -a (blue), -b (green) and the results (red) in FILE\n\n"
-               "%s\n"
-               "An input line that cannot be read is reported with its file, line and the offset\n"
-               "in the text where the reader stopped, and the run goes on with the next line.\n\n"
+               "  -r N     run the operation N times over all geometries; results print once\n\n"
                "operations:\n",
-               kSourceHelp, kSourceHelp, kFormRule);
+               kSourceHelp, kSourceHelp);
   for (std::size_t i = 0; i < kOperationCount; ++i) {
     const Op& op = kOperations[i];
     std::string head = op.name;
@@ -108,6 +100,16 @@ void print_help(std::FILE* to) {
       std::fprintf(to, "  %-26s %s\n", head.c_str(), op.summary);
     }
   }
+  std::fprintf(to,
+               "\nstandard forms and more options: [-j N] [--of FORM] [--svg FILE]\n"
+               "  -j N        run the geometries on N threads; results keep the input order\n"
+               "  --of FORM   write shapes as dialect, wkt (OGC), wkb (hex) or geojson\n"
+               "  --svg FILE  also draw -a (blue), -b (green) and the results (red) in FILE;\n"
+               "              xggeo svg OP ... writes that picture to stdout instead of results\n"
+               "%s"
+               "An input line that cannot be read is reported with its file, line and the offset\n"
+               "in the text where the reader stopped, and the run goes on with the next line.\n",
+               kFormRule);
   std::fprintf(to,
                "\nexit status: 0 success, 1 some geometry failed (its status code and message are\n"
                "printed on stderr), 2 bad command line or unreadable file.\n");
