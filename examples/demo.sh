@@ -114,13 +114,19 @@ run points 2 -a "polygon ((0 0,20 0,20 20,0 20,0 0),(5 5,5 10,10 10,10 5,5 5))"
 run parts -a "linestring (0 0,3 4,6 0)"
 
 show "Texts off the dialect: a blank after a comma makes no shape (the reader still answers 0),"
-show "capitals and annotation words are refused with -27"
+show "unknown and annotation keywords are refused with -27"
 run wkt -a @data/mixed.wkt
 
 show "What a text names, and the size estimate that only texts without blanks get"
 run wkttype -a @data/mixed.wkt
 run wktsize -a "multipoint (1,2)"
 run wktsize -a "multipoint (1 2,3 4)"
+
+show "Standard forms: OGC WKT, hex WKB and GeoJSON are recognised per line and written with --of"
+run area -a "POLYGON ((0 0, 10 0, 10 10, 0 10, 0 0))"
+run convert --of geojson -a "01020000000200000000000000000000000000000000000000000000000000F03F000000000000F03F"
+run convert --of wkt -a '{"type":"Feature","geometry":{"type":"MultiPoint","coordinates":[[1,2],[3,4]]}}'
+run convert --of wkb -a "POINT Z (1 2 3"
 
 # Overlay
 

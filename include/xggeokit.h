@@ -686,6 +686,86 @@ XGGEO_API int32_t xgWKB_shape_is_equal(const unsigned char *a, const unsigned ch
 XGGEO_API int32_t xgWKB_shape_find_relation(void) XGGEO_NOEXCEPT;
 
 /* ------------------------------------------------------------------------------------------ */
+/* Standard interchange                                                                       */
+/* ------------------------------------------------------------------------------------------ */
+
+/* Exchange with the outside world: standard WKB (either byte order, ISO and extended Z/M/SRID
+ * variants), OGC simple-features WKT, and a structural check of blobs received from elsewhere.
+ * The readers take untrusted input: they never read past the length (or the terminating zero)
+ * given, check every count against the bytes left before allocating, and on failure allocate
+ * nothing and leave *out untouched.  Shapes made here are released with xgWKB_shape_free, WKB
+ * with xgWKB_shape_free and text with xgWKB_shape_free_WKT. */
+#include <stddef.h> /* size_t */
+
+/* Flags of the interchange readers: refuse, rather than drop, Z or M ordinates. */
+enum { XGWKB_REFUSE_Z = 1, XGWKB_REFUSE_M = 2 };
+
+/* Statuses of the interchange functions (beside -1, -65, -66, -134, -199, -208). */
+enum {
+  XGWKB_E_BUFFER_SIZE = -57,       /* the bytes do not match the size the blob needs; too large */
+  XGWKB_E_WKB_BYTE_ORDER = -198,   /* a WKB byte-order byte other than 0 or 1 */
+  XGWKB_E_BLOB_TOO_SMALL = -202,   /* the blob's counts need more bytes than were given */
+  XGWKB_E_TEXT_SYNTAX = -204,      /* the text does not follow the WKT grammar */
+  XGWKB_E_WKB_TRUNCATED = -206,    /* the WKB ends before its counts say it should */
+  XGWKB_E_WKB_COLLECTION = -207,   /* geometry collections have no shape */
+  XGWKB_E_EXTRA_ORDINATES = -209,  /* Z or M ordinates the caller's flags refuse */
+  XGWKB_E_WKB_TRAILING = -211      /* bytes left over after the WKB geometry */
+};
+
+/* Reads one standard WKB geometry from data[0, len) into a new shape in *out.  Types 1-6 in
+ * either byte order (each member its own), ISO (1001, 2001, 3001...) and extended (high-bit Z,
+ * M and SRID) variants; Z, M and the SRID are dropped.  A point of two NaNs (POINT EMPTY)
+ * becomes the nil shape.  Returns 0, -65 (data or out null), -206 truncated or a count larger
+ * than the bytes left, -198 bad byte-order byte, -199 unknown type or a member of the wrong
+ * type, -207 geometry collection, -211 bytes after the geometry, -57 result over 4 GiB, -1 out
+ * of memory.  Release the shape with xgWKB_shape_free. */
+XGGEO_API int32_t xgWKB_shape_from_wkb(const unsigned char *data, size_t len, unsigned char **out) XGGEO_NOEXCEPT;
+
+/* As xgWKB_shape_from_wkb, with flags (XGWKB_REFUSE_Z, XGWKB_REFUSE_M: such ordinates give
+ * -209) and, on a failure other than -65 and -1, the byte offset of the fault in
+ * *error_offset (which may be null). */
+XGGEO_API int32_t xgWKB_shape_from_wkb_ex(const unsigned char *data, size_t len, uint32_t flags,
+                                          unsigned char **out, size_t *error_offset) XGGEO_NOEXCEPT;
+
+/* Writes a shape of type 1-6 as standard 2D WKB: big_endian non-zero gives network order (byte
+ * 0), zero little-endian (byte 1), every member with its own byte-order byte.  *out receives a
+ * new buffer of *size bytes (release with xgWKB_shape_free).  Returns 0, -65 (a pointer null),
+ * -208 for the nil shape, -134 for any other type or a member of the wrong type, -1 out of
+ * memory.  The shape is trusted: check foreign blobs with xgWKB_shape_check_blob first. */
+XGGEO_API int32_t xgWKB_shape_to_wkb(const unsigned char *shape, int32_t big_endian,
+                                     unsigned char **out, uint32_t *size) XGGEO_NOEXCEPT;
+
+/* Checks that shape[0, len) is exactly one blob the other functions can walk safely: a known
+ * type (nil, 1-6 or envelope), members of the type their multi-type needs, every count within
+ * len and no byte left over.  The byte-order byte is not examined.  Returns 0, or the status of
+ * the first fault: -65 null shape, -202 the blob needs more than len bytes, -57 bytes left over,
+ * -199 a type this check does not know (annotation and dimension blobs included).  Allocates
+ * nothing. */
+XGGEO_API int32_t xgWKB_shape_check_blob(const unsigned char *shape, size_t len) XGGEO_NOEXCEPT;
+
+/* Reads OGC simple-features WKT (keywords in any case, any blanks, optional SRID=n; prefix,
+ * Z/M/ZM tags apart or joined, EMPTY, MULTIPOINT (1 2, 3 4) and MULTIPOINT ((1 2), (3 4)),
+ * exponents) into a new shape in *out.  Extra ordinates are dropped unless flags refuse them
+ * (-209).  POINT EMPTY gives the nil shape; other EMPTY texts give shapes without points.
+ * Returns 0, -65 (text or out null), -204 syntax error, -199 a type the library has no shape for,
+ * -207 geometry collection, -57 result over 4 GiB, -1 out of memory.  Release with
+ * xgWKB_shape_free. */
+XGGEO_API int32_t xgWKB_shape_from_ogc_wkt(const char *text, uint32_t flags, unsigned char **out) XGGEO_NOEXCEPT;
+
+/* As xgWKB_shape_from_ogc_wkt, with the byte offset in the text where reading stopped stored in
+ * *error_offset (which may be null) on a failure other than -65 and -1. */
+XGGEO_API int32_t xgWKB_shape_from_ogc_wkt_ex(const char *text, uint32_t flags, unsigned char **out,
+                                              size_t *error_offset) XGGEO_NOEXCEPT;
+
+/* Writes a shape of type 1-6 as OGC WKT: upper-case keywords, ", " between points, multipoints
+ * as MULTIPOINT ((x y), ...), parts without points as EMPTY; the nil shape gives POINT EMPTY.
+ * precision -1 writes each coordinate with the fewest digits that read back to the same double,
+ * 0-17 that many fixed decimals.  *out receives new text (release with xgWKB_shape_free_WKT).
+ * Returns 0, -65 (a pointer null), -66 precision outside -1..17, -134 any other type or a
+ * member of the wrong type, -1 out of memory. */
+XGGEO_API int32_t xgWKB_shape_to_ogc_wkt(const unsigned char *shape, int32_t precision, char **out) XGGEO_NOEXCEPT;
+
+/* ------------------------------------------------------------------------------------------ */
 /* Relations between an envelope and a shape                                                  */
 /* ------------------------------------------------------------------------------------------ */
 

@@ -5,7 +5,7 @@
 #   scripts/deps.sh bench   - that, plus Google Benchmark
 set -euo pipefail
 
-packages=(cmake make g++ pkg-config libpolyclipping-dev)
+packages=(cmake make g++ pkg-config libpolyclipping-dev libsimdjson-dev)
 case "${1:-run}" in
   run) ;;
   test) packages+=(libgtest-dev libgeos-dev) ;;

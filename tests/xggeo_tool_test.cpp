@@ -3,10 +3,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -41,6 +43,54 @@ ToolRun xggeo(const std::string&, const std::string& = "") { return {}; }
 #endif
 
 }  // namespace
+
+// Standard interchange: every line in its own form, errors with file, line and offset, threads
+// that keep the input order, and a picture that is well-formed XML.
+TEST(XggeoTool, ReadsEveryFormPerLineWritesTheChosenOneAndDrawsSvg) {
+  SKIP_WITHOUT_TOOL();
+  const ToolRun own = xggeo("convert -a @data/forms.txt");
+  EXPECT_EQ(own.exit_code, 1);
+  EXPECT_EQ(own.out,
+            "polygon ((0.000000 0.000000,4.000000 0.000000,4.000000 3.000000,0.000000 0.000000))\n"
+            "POLYGON ((0 0, 4 0, 4 3, 0 0), (1 0.5, 2 0.5, 2 1, 1 0.5))\n"
+            "0102000000020000000000000000000000000000000000000000000000000024400000000000002440\n"
+            "{\"type\":\"Point\",\"coordinates\":[2.5,1]}\n{\"type\":\"MultiPoint\",\"coordinates\":[[1,1],[2,2]]}\n"
+            "{\"type\":\"LineString\",\"coordinates\":[[0,3],[4,0]]}\n");
+  EXPECT_NE(own.err.find("forms.txt:7: offset 24: status -204"), std::string::npos) << own.err;
+  const ToolRun wkt = xggeo("convert --of wkt -a @data/forms.txt");
+  EXPECT_NE(wkt.out.find("POLYGON ((0 0, 4 0, 4 3, 0 0))\n"), std::string::npos) << wkt.out;
+  EXPECT_NE(wkt.out.find("\nMULTIPOINT ((1 1), (2 2))\nLINESTRING (0 3, 4 0)\n"), std::string::npos) << wkt.out;
+
+  std::string many;
+  for (int i = 0; i < 300; ++i)
+    many += i % 3 == 0 ? "POINT (" + std::to_string(i) + " 1)\n"
+                       : "LINESTRING (0 0, " + std::to_string(i) + " " + std::to_string(i % 7) + ")\n";
+  const ToolRun one = xggeo("move 1 -1 --of geojson", many), four = xggeo("move 1 -1 --of geojson -j 4", many);
+  EXPECT_EQ(one.exit_code, 0);
+  EXPECT_EQ(std::count(one.out.begin(), one.out.end(), '\n'), 300);
+  EXPECT_EQ(four.out, one.out);
+
+  const ToolRun svg = xggeo("svg move 1 1 -a @data/forms.txt");
+  ASSERT_EQ(svg.out.rfind("<?xml", 0), 0u) << svg.out;
+  // Well-formed: every element closed, in order.
+  std::vector<std::string> open;
+  for (std::size_t at = svg.out.find('<', 1); at != std::string::npos; at = svg.out.find('<', at + 1)) {
+    const std::size_t end = svg.out.find('>', at);
+    ASSERT_NE(end, std::string::npos);
+    const std::string tag = svg.out.substr(at + 1, end - at - 1);
+    const std::string name = tag.substr(tag[0] == '/', tag.find_first_of(" />", 1) - (tag[0] == '/'));
+    if (tag[0] == '/') {
+      ASSERT_FALSE(open.empty());
+      EXPECT_EQ(open.back(), name);
+      open.pop_back();
+    } else if (tag.back() != '/') {
+      open.push_back(name);
+    }
+  }
+  EXPECT_TRUE(open.empty());
+  EXPECT_NE(svg.out.find("<g id=\"result\""), std::string::npos);
+  EXPECT_NE(svg.out.find("scale(1,-1)"), std::string::npos);
+}
 
 // The library's answers are tested on their own; these runs cover arguments, input lines, messages
 // and exit codes.

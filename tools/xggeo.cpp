@@ -1,11 +1,13 @@
 // xggeo.cpp - command-line access to the library: one operation over many geometries.
 //
-//   xggeo OP [ARG...] [-a WKT|@FILE|-] [-b WKT|@FILE|-] [-t] [-r N]
+//   xggeo OP [ARG...] [-a WKT|@FILE|-] [-b WKT|@FILE|-] [-t] [-r N] [-j N] [--of FORM] [--svg FILE]
+//   xggeo svg OP ...      (the same run drawn as SVG on stdout)
 //
 // The driver reads the command line and the geometries, runs the operation of the table in
 // xggeo_ops.cpp on each, prints one line per result on stdout and one line per failure on
 // stderr.  Exit status: 0 everything succeeded, 1 some geometry failed, 2 bad command line or
 // unreadable input file.
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -13,9 +15,12 @@
 #include <iostream>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "xggeo_geojson.h"
 #include "xggeo_ops.h"
+#include "xggeo_svg.h"
 #include "xggeokit.h"
 
 namespace xggeo {
@@ -35,6 +40,7 @@ struct InputError : std::runtime_error {
 struct Geometry {
   std::string label;  // where it came from, for messages: "-a", "file.wkt:3", "stdin:2"
   std::string text;
+  Form form = Form::kDialect;
 };
 
 struct CommandLine {
@@ -45,6 +51,9 @@ struct CommandLine {
   bool help = false;
   bool time = false;
   long repeat = 1;
+  long threads = 1;
+  std::optional<Form> of;            // --of: the output form; default the -a geometry's own
+  std::optional<std::string> svg;    // --svg FILE, or "-" for xggeo svg OP (stdout, no results)
 };
 
 // ---- help ------------------------------------------------------------------------------------
@@ -54,7 +63,7 @@ std::string synopsis(const Op& op) {
   if (op.arg_help[0] != '\0') s += std::string(" ") + op.arg_help;
   if (op.inputs != Inputs::kNone) s += std::string(" [-a ") + kSourceHelp + "]";
   if (op.inputs == Inputs::kShapes) s += std::string(" -b ") + kSourceHelp;
-  return s + " [-t] [-r N]";
+  return s + " [-t] [-r N] [-j N] [--of FORM] [--svg FILE]";
 }
 
 void print_help(std::FILE* to) {
@@ -96,6 +105,16 @@ void print_help(std::FILE* to) {
       std::fprintf(to, "  %-26s %s\n", head.c_str(), op.summary);
     }
   }
+  std::fprintf(to,
+               "\nstandard forms and more options: [-j N] [--of FORM] [--svg FILE]\n"
+               "  -j N        run the geometries on N threads; results keep the input order\n"
+               "  --of FORM   write shapes as dialect, wkt (OGC), wkb (hex) or geojson\n"
+               "  --svg FILE  also draw -a (blue), -b (green) and the results (red) in FILE;\n"
+               "              xggeo svg OP ... writes that picture to stdout instead of results\n"
+               "%s"
+               "An input line that cannot be read is reported with its file, line and the offset\n"
+               "in the text where the reader stopped, and the run goes on with the next line.\n",
+               kFormRule);
   std::fprintf(to,
                "\nexit status: 0 success, 1 some geometry failed (its status code and message are\n"
                "printed on stderr), 2 bad command line or unreadable file.\n");
@@ -143,6 +162,25 @@ void parse_command_line(int argc, char** argv, CommandLine& cl) {
         cl.time = true;
         continue;
       }
+      if (tok == "--of") {
+        Form form;
+        if (!parse_form(value(), &form)) throw UsageError("--of takes dialect, wkt, wkb or geojson");
+        cl.of = form;
+        continue;
+      }
+      if (tok == "--svg") {
+        cl.svg = value();
+        continue;
+      }
+      if (tok == "-j") {
+        const std::string n = value();
+        char* end = nullptr;
+        cl.threads = std::strtol(n.c_str(), &end, 10);
+        if (n.empty() || *end != '\0' || cl.threads < 1 || cl.threads > 256) {
+          throw UsageError("-j needs a thread count from 1 to 256");
+        }
+        continue;
+      }
       if (tok == "-r") {
         const std::string n = value();
         char* end = nullptr;
@@ -183,7 +221,16 @@ void read_lines(std::istream& in, const std::string& name, std::vector<Geometry>
   for (int number = 1; std::getline(in, line); ++number) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (line.empty() || line[0] == '#') continue;
-    out.push_back({name + ":" + std::to_string(number), line});
+    const std::string label = name + ":" + std::to_string(number);
+    const Form form = detect_form(line);
+    std::vector<std::string> features;
+    // A FeatureCollection stands for the geometries of its features, one after the other.
+    if (form == Form::kGeoJson && geojson_split(line, &features) == XGWKB_OK && features.size() != 1) {
+      for (std::size_t k = 0; k < features.size(); ++k)
+        out.push_back({label + " feature " + std::to_string(k + 1), features[k], form});
+      continue;
+    }
+    out.push_back({label, line, form});
   }
 }
 
@@ -197,14 +244,14 @@ std::vector<Geometry> read_source(const std::string& source, const char* option)
     if (!file) throw InputError("cannot read " + path);
     read_lines(file, path, out);
   } else {
-    out.push_back({option, source});
+    out.push_back({option, source, detect_form(source)});
   }
   return out;
 }
 
 // ---- running ---------------------------------------------------------------------------------
 
-void report(const Op& op, const std::string& where, int32_t status) {
+void report(const Op& op, const std::string& where, int32_t status, const std::string& offset = "") {
   if (status == kUnreadableText) {
     std::fprintf(stderr,
                  "xggeo: %s: %s: not a text in the library's WKT dialect "
@@ -214,7 +261,7 @@ void report(const Op& op, const std::string& where, int32_t status) {
   }
   char* message = nullptr;
   const bool known = xgWKB_shape_get_error_description_utf8(status, &message) != 0;
-  std::fprintf(stderr, "xggeo: %s: %s: status %d: %s\n", op.name, where.c_str(), status,
+  std::fprintf(stderr, "xggeo: %s: %s: %sstatus %d: %s\n", op.name, where.c_str(), offset.c_str(), status,
                known ? message : "(no message for this code)");
   if (known) xgWKB_shape_free(message);
 }
@@ -225,10 +272,12 @@ class Shapes {
   explicit Shapes(const std::vector<Geometry>& geometries) {
     for (const Geometry& g : geometries) {
       unsigned char* shape = nullptr;
-      int32_t status = xgWKB_shape_generate_from_WKT(g.text.c_str(), &shape);
-      if (status == XGWKB_OK && shape == nullptr) status = kUnreadableText;
-      shapes_.push_back(shape);
+      std::size_t offset = 0;
+      bool has_offset = false;
+      const int32_t status = read_shape(g.text, g.form, &shape, &offset, &has_offset);
+      shapes_.push_back(status == XGWKB_OK ? shape : nullptr);
       statuses_.push_back(status);
+      offsets_.push_back(has_offset ? "offset " + std::to_string(offset) + ": " : "");
     }
   }
   ~Shapes() {
@@ -238,10 +287,21 @@ class Shapes {
   Shapes& operator=(const Shapes&) = delete;
   const unsigned char* at(std::size_t i) const { return shapes_[i]; }
   int32_t status(std::size_t i) const { return statuses_[i]; }
+  const std::string& offset(std::size_t i) const { return offsets_[i]; }
+  // The geometries read, for a picture.
+  std::vector<Geom> geoms() const {
+    std::vector<Geom> out;
+    for (const unsigned char* s : shapes_) {
+      Geom g;
+      if (s != nullptr && decode_shape(s, &g)) out.push_back(std::move(g));
+    }
+    return out;
+  }
 
  private:
   std::vector<unsigned char*> shapes_;
   std::vector<int32_t> statuses_;
+  std::vector<std::string> offsets_;
 };
 
 struct Job {
@@ -295,23 +355,42 @@ int run(const CommandLine& cl) {
 
   std::vector<std::string> lines(jobs.size());
   std::vector<int32_t> statuses(jobs.size(), XGWKB_OK);
-  Output out;
+  std::vector<std::vector<Geom>> results(jobs.size());
+  // One job: its operands, the output form, and (first run only) its line, status and results.
+  auto run_job = [&](std::size_t k, long rep, Output& out) {
+    if (!operands_read(jobs[k])) return;
+    Operands in;
+    in.timed = cl.time;
+    if (op.inputs == Inputs::kText) in.text = as[jobs[k].a].text.c_str();
+    if (shapes_needed) in.a = a_shapes.at(jobs[k].a);
+    if (op.inputs == Inputs::kShapes) in.b = b_shapes.at(jobs[k].b);
+    out.clear();
+    out.kept().clear();
+    // Constructors, and operations that read their text themselves (a codec stream in hex is no
+    // WKB), write the dialect unless --of says otherwise.
+    const bool own_form = op.inputs == Inputs::kShape || op.inputs == Inputs::kShapes;
+    out.set_form(cl.of ? *cl.of : own_form ? as[jobs[k].a].form : Form::kDialect);
+    out.keep_shapes(cl.svg && rep == 0);
+    const int32_t status = op.run(in, args, out);
+    if (rep == 0) {
+      statuses[k] = status;
+      lines[k] = out.line();
+      results[k] = std::move(out.kept());
+    }
+  };
   const auto start = std::chrono::steady_clock::now();
   for (long rep = 0; rep < cl.repeat; ++rep) {
-    for (std::size_t k = 0; k < jobs.size(); ++k) {
-      if (!operands_read(jobs[k])) continue;
-      Operands in;
-      in.timed = cl.time;
-      if (op.inputs == Inputs::kText) in.text = as[jobs[k].a].text.c_str();
-      if (shapes_needed) in.a = a_shapes.at(jobs[k].a);
-      if (op.inputs == Inputs::kShapes) in.b = b_shapes.at(jobs[k].b);
-      out.clear();
-      const int32_t status = op.run(in, args, out);
-      if (rep == 0) {
-        statuses[k] = status;
-        lines[k] = out.line();
-      }
-    }
+    // The library is reentrant: the jobs are shared out among the threads, and each result goes
+    // to its job's slot, so the order of the output is the order of the input.
+    std::atomic<std::size_t> next{0};
+    auto worker = [&] {
+      Output out;
+      for (std::size_t k; (k = next.fetch_add(1)) < jobs.size();) run_job(k, rep, out);
+    };
+    std::vector<std::thread> pool;
+    for (long t = 1; t < cl.threads && static_cast<std::size_t>(t) < jobs.size(); ++t) pool.emplace_back(worker);
+    worker();
+    for (std::thread& t : pool) t.join();
   }
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
 
@@ -325,7 +404,7 @@ int run(const CommandLine& cl) {
     if (shapes.at(i) != nullptr || reported[i]) return;
     reported[i] = true;
     std::fflush(stdout);
-    report(op, geometries[i].label, shapes.status(i));
+    report(op, geometries[i].label, shapes.status(i), shapes.offset(i));
   };
   for (std::size_t k = 0; k < jobs.size(); ++k) {
     if (!operands_read(jobs[k])) {
@@ -336,9 +415,23 @@ int run(const CommandLine& cl) {
       failed = true;
       std::fflush(stdout);
       report(op, jobs[k].label, statuses[k]);
-    } else {
+    } else if (!(cl.svg && *cl.svg == "-")) {
       std::fwrite(lines[k].data(), 1, lines[k].size(), stdout);
       std::fputc('\n', stdout);
+    }
+  }
+  if (cl.svg) {
+    std::vector<SvgLayer> layers = {{"a", "#1f5fbf", a_shapes.geoms()}, {"b", "#2a9d3a", b_shapes.geoms()},
+                                    {"result", "#d03020", {}}};
+    for (std::vector<Geom>& r : results)
+      for (Geom& g : r) layers[2].geoms.push_back(std::move(g));
+    const std::string svg = svg_document(layers);
+    if (*cl.svg == "-") {
+      std::fwrite(svg.data(), 1, svg.size(), stdout);
+    } else {
+      std::ofstream file(*cl.svg, std::ios::binary);
+      file << svg;
+      if (!file) throw InputError("cannot write " + *cl.svg);
     }
   }
   std::fflush(stdout);
@@ -366,7 +459,11 @@ int main(int argc, char** argv) {
   }
   CommandLine cl;
   try {
-    parse_command_line(argc, argv, cl);
+    // xggeo svg OP ...: the same run, drawn on stdout instead of printed.
+    const bool svg = std::strcmp(argv[1], "svg") == 0;
+    if (svg && argc < 3) throw UsageError("svg needs an operation");
+    parse_command_line(argc - (svg ? 1 : 0), argv + (svg ? 1 : 0), cl);
+    if (svg) cl.svg = "-";
     if (cl.help) {
       print_op_help(*cl.op, stdout);
       return kExitOk;

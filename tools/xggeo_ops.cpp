@@ -41,6 +41,13 @@ int32_t op_wktsize(const Operands& in, const Args&, Output& out) {
   return status;
 }
 
+// Every form of input, written in the output form (--of, or the input's own).
+int32_t op_convert(const Operands& in, const Args&, Output& out) {
+  unsigned char* copy = nullptr;
+  const int32_t status = xgWKB_shape_duplicate(in.a, &copy);
+  return status == XGWKB_OK ? out.shape(copy) : status;
+}
+
 // ---- Life cycle, size and type ---------------------------------------------------------------
 
 int32_t op_type(const Operands& in, const Args&, Output& out) {
@@ -251,6 +258,8 @@ const Op kOperations[] = {
     {"wkttype", Inputs::kText, 0, 0, "", "type code named by the text's first word", op_wkttype},
     {"wktsize", Inputs::kText, 0, 0, "", "blob size estimated from the text alone, or none",
      op_wktsize},
+    {"convert", Inputs::kShape, 0, 0, "", "each geometry in the output form (--of: dialect, wkt, wkb, geojson)",
+     op_convert},
     // Life cycle, size and type
     {"type", Inputs::kShape, 0, 0, "", "type code of the shape", op_type},
     {"size", Inputs::kShape, 0, 0, "", "size of the shape's blob in bytes", op_size},

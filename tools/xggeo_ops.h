@@ -15,6 +15,9 @@
 #include <string_view>
 #include <vector>
 
+#include "xggeo_forms.h"
+#include "xggeo_geom.h"
+
 namespace xggeo {
 
 // A bad command line; the driver prints the message with the operation's usage and exits 2.
@@ -72,9 +75,13 @@ class Args {
 // The result line of one call: items separated by one blank.
 class Output {
  public:
-  // Appends a shape as text (the nil shape as "nil") and releases it with xgWKB_shape_free;
-  // returns the writer's status.  A null shape appends nothing and returns 0.
+  // Appends a shape in the output form (the dialect by default; there the nil shape is "nil")
+  // and releases it with xgWKB_shape_free; returns the writer's status.  A null shape appends
+  // nothing and returns 0.  When keeping is on, the shape's geometry is kept for a picture.
   int32_t shape(unsigned char* blob);
+  void set_form(Form form) { form_ = form; }
+  void keep_shapes(bool keep) { keep_ = keep; }
+  std::vector<Geom>& kept() { return kept_; }
   void integer(long long v);
   // Shortest text that reads back as the same double.
   void real(double v);
@@ -87,6 +94,9 @@ class Output {
  private:
   void separate();
   std::string line_;
+  Form form_ = Form::kDialect;
+  bool keep_ = false;
+  std::vector<Geom> kept_;
 };
 
 using OpFunction = int32_t (*)(const Operands& in, const Args& args, Output& out);

@@ -34,14 +34,11 @@ void Output::separate() {
 
 int32_t Output::shape(unsigned char* blob) {
   if (blob == nullptr) return XGWKB_OK;
-  int32_t status = XGWKB_OK;
-  if (xgWKB_shape_is_nil(blob)) {
-    text("nil");
-  } else {
-    char* wkt = nullptr;
-    status = xgWKB_shape_generate_to_WKT(blob, &wkt);
-    if (status == XGWKB_OK) text(wkt);
-    xgWKB_shape_free_WKT(wkt);
+  separate();
+  const int32_t status = write_shape(blob, form_, line_);
+  if (keep_) {
+    Geom g;
+    if (decode_shape(blob, &g)) kept_.push_back(std::move(g));
   }
   xgWKB_shape_free(blob);
   return status;

@@ -66,6 +66,27 @@ inline void store_f64(byte* p, double v) {
   std::memcpy(p, &bits, sizeof bits);
 }
 
+// Big-endian (network order) scalars, for foreign WKB written in that order.
+inline uint32_t load_u32_big(const byte* p) { return __builtin_bswap32(load_u32(p)); }
+
+inline double load_f64_big(const byte* p) {
+  uint64_t bits;
+  std::memcpy(&bits, p, sizeof bits);
+  bits = detail::kHostLittleEndian ? __builtin_bswap64(bits) : bits;
+  double v;
+  std::memcpy(&v, &bits, sizeof v);
+  return v;
+}
+
+inline void store_u32_big(byte* p, uint32_t v) { store_u32(p, __builtin_bswap32(v)); }
+
+inline void store_f64_big(byte* p, double v) {
+  uint64_t bits;
+  std::memcpy(&bits, &v, sizeof bits);
+  bits = detail::kHostLittleEndian ? __builtin_bswap64(bits) : bits;
+  std::memcpy(p, &bits, sizeof bits);
+}
+
 inline _xgWKB_POINT load_point(const byte* p) { return {load_f64(p), load_f64(p + 8)}; }
 
 inline void store_point(byte* p, const _xgWKB_POINT& pt) {
