@@ -33,6 +33,7 @@ struct Cut {
 struct Piece {
   uint32_t run;
   Points pts;
+  bool cut_end = false;  // the last point was put in by a cut (not a vertex of the run)
   bool keep = false;
 };
 
@@ -72,17 +73,14 @@ class CutRun {
     std::size_t c = 0;
     for (uint32_t i = 0; i + 1 < span_.n; ++i) {
       for (; c < cuts_.size() && cuts_[c].seg == i; ++c) {
-        if (cuts_[c].param == 0) {
-          if (i == 0) continue;  // a run's own start cuts nothing
-        } else {
-          cur.push_back(cuts_[c].at);
-        }
-        flush(run, cur, out);
+        const bool inside = cuts_[c].param != 0;
+        if (inside) cur.push_back(cuts_[c].at);
+        flush(run, cur, inside, out);
         cur.assign(1, cuts_[c].param == 0 ? span_.p[i] : cuts_[c].at);
       }
       cur.push_back(span_.p[i + 1]);
     }
-    flush(run, cur, out);
+    flush(run, cur, false, out);
   }
 
  private:
@@ -90,10 +88,10 @@ class CutRun {
     if (k > 0 && k + 1 < span_.n) cuts_.push_back(Cut{k, 0, span_.p[k]});
   }
 
-  static void flush(uint32_t run, Points& cur, std::vector<Piece>& out) {
+  static void flush(uint32_t run, const Points& cur, bool cut_end, std::vector<Piece>& out) {
     // Two cuts at one place leave a piece of no length: nothing to keep.
     const auto moves = [&cur](const _xgWKB_POINT& q) { return q.x != cur[0].x || q.y != cur[0].y; };
-    if (std::any_of(cur.begin() + 1, cur.end(), moves)) out.push_back(Piece{run, cur, false});
+    if (std::any_of(cur.begin() + 1, cur.end(), moves)) out.push_back(Piece{run, cur, cut_end, false});
   }
 
   Span span_;
@@ -136,6 +134,7 @@ void join_kept(const std::vector<Piece>& pieces, std::vector<Points>& lines) {
       continue;
     }
     if (open && pieces[i - 1].run == p.run) {
+      if (pieces[i - 1].cut_end) lines.back().pop_back();  // the joint was no vertex of the line
       lines.back().insert(lines.back().end(), p.pts.begin() + 1, p.pts.end());
     } else {
       lines.push_back(p.pts);
