@@ -184,7 +184,20 @@ int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygo
   cl::Clipper engine;
   engine.AddPaths(s, cl::ptSubject, true);
   engine.AddPaths(c, cl::ptClip, true);
-  run(engine, clip_type(op), grid, result);
+  if (op != GPC_XOR) {
+    run(engine, clip_type(op), grid, result);
+    return XGWKB_OK;
+  }
+  // The engine's own symmetric difference draws the common part as a hole touching the outer
+  // ring where the boundaries cross; the two one-sided parts side by side give the same region
+  // as separate rings, each hole strictly inside its own outer ring.
+  gpc_polygon other;
+  run(engine, cl::ctDifference, grid, result);
+  cl::Clipper swapped;
+  swapped.AddPaths(c, cl::ptSubject, true);
+  swapped.AddPaths(s, cl::ptClip, true);
+  run(swapped, cl::ctDifference, grid, &other);
+  for (int i = 0; i < other.num_contours(); ++i) result->add_contour(std::move(other.contour[i].vertex), other.hole[i]);
   return XGWKB_OK;
 }
 
