@@ -8,7 +8,9 @@
 
 #include <polyclipping/clipper.hpp>
 
+#include <algorithm>
 #include <cmath>
+#include <unordered_map>
 
 #include "xggeokit.h"
 
@@ -153,6 +155,165 @@ void from_paths(const cl::Paths& paths, const Grid& grid, gpc_polygon* out) {
   }
 }
 
+// ---- pinched holes ---------------------------------------------------------------------------
+
+struct PointHash {
+  std::size_t operator()(const cl::IntPoint& p) const {
+    return std::hash<cl::cInt>()(p.X) * 0x9E3779B97F4A7C15ull ^ std::hash<cl::cInt>()(p.Y);
+  }
+};
+
+// Splits a closed ring at every vertex it visits twice into loops that visit each vertex once;
+// loops of fewer than three vertices are dropped.
+void split_at_repeats(const cl::Path& ring, cl::Paths& loops) {
+  cl::Path stack;
+  std::unordered_map<cl::IntPoint, std::size_t, PointHash> at;  // vertex -> its place in stack
+  for (const cl::IntPoint& p : ring) {
+    const auto seen = at.find(p);
+    if (seen == at.end()) {
+      at.emplace(p, stack.size());
+      stack.push_back(p);
+      continue;
+    }
+    // The vertices since p's first visit close a loop.
+    cl::Path loop(stack.begin() + static_cast<std::ptrdiff_t>(seen->second), stack.end());
+    for (std::size_t k = seen->second + 1; k < stack.size(); ++k) at.erase(stack[k]);
+    stack.resize(seen->second + 1);
+    if (loop.size() >= 3) loops.push_back(std::move(loop));
+  }
+  if (stack.size() >= 3) loops.push_back(std::move(stack));
+}
+
+// The engine draws a region pinched at points (where the operands' boundaries cross, in a
+// symmetric difference above all) as an outer ring with a hole touching it at those points.
+// Such a hole is spliced into its outer ring at one shared vertex and the ring is split at every
+// shared vertex, which leaves the pieces between the points as separate rings.  A hole touching
+// its outer ring at a single point stays as it is.
+void split_pinched_holes(cl::Paths& paths) {
+  // Each pass splits every hole pinched against an outer ring not yet split in that pass; a few
+  // passes settle the rings that one split leaves pinched against another hole.
+  for (int pass = 0; pass < 4; ++pass) {
+    std::vector<std::size_t> holes;
+    std::unordered_map<cl::IntPoint, std::pair<std::size_t, std::size_t>, PointHash> outer_vertex;
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+      if (paths[i].size() < 3) continue;
+      if (twice_area(paths[i]) < 0) {
+        holes.push_back(i);
+      } else {
+        for (std::size_t v = 0; v < paths[i].size(); ++v) outer_vertex.emplace(paths[i][v], std::make_pair(i, v));
+      }
+    }
+    if (holes.empty()) return;
+    std::vector<bool> split(paths.size(), false);
+    cl::Paths added;
+    for (std::size_t h : holes) {
+      // The touching vertex latest along the outer ring is the splice point, so that the walk
+      // around the hole meets every other touching vertex already on the stack.
+      std::size_t outer = 0, at_outer = 0, at_hole = 0, touches = 0, free_vertex = 0;
+      bool has_free = false;
+      for (std::size_t v = 0; v < paths[h].size(); ++v) {
+        const auto it = outer_vertex.find(paths[h][v]);
+        if (it == outer_vertex.end()) {
+          if (!has_free) free_vertex = v;
+          has_free = true;
+          continue;
+        }
+        if (touches == 0) outer = it->second.first;
+        if (it->second.first != outer) continue;
+        if (touches == 0 || it->second.second > at_outer) {
+          at_outer = it->second.second;
+          at_hole = v;
+        }
+        ++touches;
+      }
+      if (touches < 2 || !has_free || split[outer]) continue;
+      // Only a hole inside that outer ring (not one around an island touching it).
+      if (cl::PointInPolygon(paths[h][free_vertex], paths[outer]) != 1) continue;
+      const cl::Path& o = paths[outer];
+      const cl::Path& hv = paths[h];
+      cl::Path spliced(o.begin(), o.begin() + static_cast<std::ptrdiff_t>(at_outer) + 1);
+      for (std::size_t k = 1; k <= hv.size(); ++k) spliced.push_back(hv[(at_hole + k) % hv.size()]);
+      spliced.insert(spliced.end(), o.begin() + static_cast<std::ptrdiff_t>(at_outer) + 1, o.end());
+      cl::Paths loops;
+      split_at_repeats(spliced, loops);
+      // Every piece of a pinched region turns like an outer ring; a loop turning the other way
+      // means the walk did not come apart as expected, and the rings are left as they were.
+      const auto turns_back = [](const cl::Path& l) { return twice_area(l) < 0; };
+      if (std::any_of(loops.begin(), loops.end(), turns_back)) continue;
+      split[outer] = true;
+      paths[outer].clear();
+      paths[h].clear();
+      for (cl::Path& l : loops) added.push_back(std::move(l));
+    }
+    if (added.empty()) return;
+    for (cl::Path& l : added) paths.push_back(std::move(l));
+  }
+}
+
+// ---- shared edges ----------------------------------------------------------------------------
+
+// True when an edge of a path in a and an edge of a path in b run along each other for some
+// length.  Edges are grouped by the line they lie on (reduced direction and offset, exact in
+// 128 bits) and their extents along it compared.
+bool share_an_edge(const cl::Paths& a, const cl::Paths& b) {
+  struct Piece {
+    __int128 dx, dy, offset;  // the line: reduced direction, cross(direction, point)
+    __int128 lo, hi;          // extent along the direction
+    int side;
+  };
+  std::vector<Piece> pieces;
+  const auto add = [&pieces](const cl::Paths& paths, int side) {
+    for (const cl::Path& path : paths) {
+      for (std::size_t i = 0, n = path.size(); i < n; ++i) {
+        const cl::IntPoint& p = path[i];
+        const cl::IntPoint& q = path[(i + 1) % n];
+        __int128 dx = static_cast<__int128>(q.X) - p.X, dy = static_cast<__int128>(q.Y) - p.Y;
+        if (dx == 0 && dy == 0) continue;
+        __int128 g = dx < 0 ? -dx : dx, h = dy < 0 ? -dy : dy;
+        while (h != 0) {
+          const __int128 r = g % h;
+          g = h;
+          h = r;
+        }
+        dx /= g;
+        dy /= g;
+        if (dx < 0 || (dx == 0 && dy < 0)) {
+          dx = -dx;
+          dy = -dy;
+        }
+        const __int128 tp = dx * p.X + dy * p.Y, tq = dx * q.X + dy * q.Y;
+        pieces.push_back({dx, dy, dx * p.Y - dy * p.X, tp < tq ? tp : tq, tp < tq ? tq : tp, side});
+      }
+    }
+  };
+  add(a, 0);
+  add(b, 1);
+  std::sort(pieces.begin(), pieces.end(), [](const Piece& l, const Piece& r) {
+    if (l.dx != r.dx) return l.dx < r.dx;
+    if (l.dy != r.dy) return l.dy < r.dy;
+    if (l.offset != r.offset) return l.offset < r.offset;
+    return l.lo < r.lo;
+  });
+  // Along one line, sorted by start: a piece overlaps an earlier one of the other side when it
+  // starts before the farthest end reached by that side so far.
+  for (std::size_t i = 0; i < pieces.size();) {
+    std::size_t j = i;
+    __int128 reach[2] = {0, 0};
+    bool seen[2] = {false, false};
+    for (; j < pieces.size() && pieces[j].dx == pieces[i].dx && pieces[j].dy == pieces[i].dy &&
+           pieces[j].offset == pieces[i].offset;
+         ++j) {
+      const Piece& pc = pieces[j];
+      const int other = 1 - pc.side;
+      if (seen[other] && pc.lo < reach[other]) return true;
+      if (!seen[pc.side] || pc.hi > reach[pc.side]) reach[pc.side] = pc.hi;
+      seen[pc.side] = true;
+    }
+    i = j;
+  }
+  return false;
+}
+
 cl::ClipType clip_type(gpc_op op) {
   switch (op) {
     case GPC_DIFF:
@@ -167,9 +328,57 @@ cl::ClipType clip_type(gpc_op op) {
   }
 }
 
+struct IntBox {
+  cl::cInt minx, miny, maxx, maxy;
+  bool holds(const cl::IntPoint& p) const { return p.X >= minx && p.X <= maxx && p.Y >= miny && p.Y <= maxy; }
+};
+
+IntBox box_of(const cl::Path& path) {
+  IntBox b{path[0].X, path[0].Y, path[0].X, path[0].Y};
+  for (const cl::IntPoint& p : path) {
+    if (p.X < b.minx) b.minx = p.X;
+    if (p.X > b.maxx) b.maxx = p.X;
+    if (p.Y < b.miny) b.miny = p.Y;
+    if (p.Y > b.maxy) b.maxy = p.Y;
+  }
+  return b;
+}
+
+// True when a vertex of a hole lies on the boundary of an outer path.  The engine can leave a
+// hole running along part of an outer edge (where the operands' edges coincide) instead of
+// cutting a notch into the outer ring; such results need a second pass.  Results without holes
+// cost one orientation test per path.
+bool hole_touches_outer(const cl::Paths& paths) {
+  std::vector<std::size_t> outers, holes;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    if (paths[i].size() >= 3) (twice_area(paths[i]) < 0 ? holes : outers).push_back(i);
+  }
+  if (holes.empty()) return false;
+  std::vector<IntBox> boxes;
+  for (std::size_t o : outers) boxes.push_back(box_of(paths[o]));
+  for (std::size_t h : holes) {
+    for (const cl::IntPoint& p : paths[h]) {
+      for (std::size_t k = 0; k < outers.size(); ++k) {
+        if (boxes[k].holds(p) && cl::PointInPolygon(p, paths[outers[k]]) < 0) return true;
+      }
+    }
+  }
+  return false;
+}
+
 void run(cl::Clipper& engine, cl::ClipType type, const Grid& grid, gpc_polygon* out) {
   cl::Paths solution;
+  // A ring that touches itself at a vertex comes out as separate rings.
+  engine.StrictlySimple(true);
   engine.Execute(type, solution, cl::pftEvenOdd, cl::pftEvenOdd);
+  if (hole_touches_outer(solution)) {
+    // The same region once more through the engine, which then joins such holes to their outer.
+    cl::Clipper again;
+    again.StrictlySimple(true);
+    again.AddPaths(solution, cl::ptSubject, true);
+    again.Execute(cl::ctUnion, solution, cl::pftEvenOdd, cl::pftEvenOdd);
+  }
+  split_pinched_holes(solution);
   from_paths(solution, grid, out);
 }
 
@@ -188,16 +397,23 @@ int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygo
     run(engine, clip_type(op), grid, result);
     return XGWKB_OK;
   }
-  // The engine's own symmetric difference draws the common part as a hole touching the outer
-  // ring where the boundaries cross; the two one-sided parts side by side give the same region
-  // as separate rings, each hole strictly inside its own outer ring.
-  gpc_polygon other;
-  run(engine, cl::ctDifference, grid, result);
+  // The symmetric difference as its two one-sided parts side by side: the engine's own draws the
+  // common part as holes pinched against the outer ring wherever the boundaries cross.  Where a
+  // piece of one side shares an edge with a piece of the other (operands with common edges), the
+  // engine's own result joins them, and its pinched holes are split apart instead.
+  cl::Paths one_side, other_side;
+  engine.Execute(cl::ctDifference, one_side, cl::pftEvenOdd, cl::pftEvenOdd);
   cl::Clipper swapped;
   swapped.AddPaths(c, cl::ptSubject, true);
   swapped.AddPaths(s, cl::ptClip, true);
-  run(swapped, cl::ctDifference, grid, &other);
-  for (int i = 0; i < other.num_contours(); ++i) result->add_contour(std::move(other.contour[i].vertex), other.hole[i]);
+  swapped.Execute(cl::ctDifference, other_side, cl::pftEvenOdd, cl::pftEvenOdd);
+  if (share_an_edge(one_side, other_side)) {
+    run(engine, cl::ctXor, grid, result);
+    return XGWKB_OK;
+  }
+  one_side.insert(one_side.end(), std::make_move_iterator(other_side.begin()), std::make_move_iterator(other_side.end()));
+  split_pinched_holes(one_side);
+  from_paths(one_side, grid, result);
   return XGWKB_OK;
 }
 

@@ -167,14 +167,19 @@ int32_t write_several(const gpc_polygon& p, byte** out) {
     for (std::size_t h = 0; h < hole_list.size(); ++h) {
       if (used[h] || !box_holds(reach, hole_list[h].box)) continue;
       const std::vector<gpc_vertex>& hv = p.contour[hole_list[h].contour].vertex;
-      bool inside = true;
+      // Every vertex inside the outer ring; a hole may touch the ring at a vertex (the clipper
+      // keeps such a hole apart from its outer ring), so a vertex on the ring is let pass as long
+      // as some other vertex lies strictly inside.
+      bool inside = false, outside = false;
       for (const gpc_vertex& q : hv) {
-        if (ring_relation(q, outer.span(), kCleanTolerance) != 1) {
-          inside = false;
+        const int32_t r = ring_relation(q, outer.span(), kCleanTolerance);
+        if (r == 0) {
+          outside = true;
           break;
         }
+        if (r == 1) inside = true;
       }
-      if (!inside) continue;
+      if (outside || !inside) continue;
       used[h] = true;
       given[k].push_back(hole_list[h].contour);
       size += ring_bytes(hv.size());
