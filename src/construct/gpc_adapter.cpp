@@ -184,6 +184,26 @@ void split_at_repeats(const cl::Path& ring, cl::Paths& loops) {
   if (stack.size() >= 3) loops.push_back(std::move(stack));
 }
 
+// A ring that passes through one vertex twice (the engine leaves such rings where a region
+// touches itself at a point) is split there into simple rings: pieces turning the ring's way and
+// holes turning the other way.  (The engine's own option for this walks every pair of vertices
+// of a ring, which is quadratic.)
+void split_self_touching(cl::Paths& paths) {
+  std::vector<cl::IntPoint> sorted;
+  const std::size_t count = paths.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    sorted.assign(paths[i].begin(), paths[i].end());
+    std::sort(sorted.begin(), sorted.end(), [](const cl::IntPoint& l, const cl::IntPoint& r) {
+      return l.X != r.X ? l.X < r.X : l.Y < r.Y;
+    });
+    if (std::adjacent_find(sorted.begin(), sorted.end()) == sorted.end()) continue;
+    cl::Paths loops;
+    split_at_repeats(paths[i], loops);
+    paths[i].clear();
+    for (cl::Path& l : loops) paths.push_back(std::move(l));
+  }
+}
+
 // The engine draws a region pinched at points (where the operands' boundaries cross, in a
 // symmetric difference above all) as an outer ring with a hole touching it at those points.
 // Such a hole is spliced into its outer ring at one shared vertex and the ring is split at every
@@ -368,16 +388,14 @@ bool hole_touches_outer(const cl::Paths& paths) {
 
 void run(cl::Clipper& engine, cl::ClipType type, const Grid& grid, gpc_polygon* out) {
   cl::Paths solution;
-  // A ring that touches itself at a vertex comes out as separate rings.
-  engine.StrictlySimple(true);
   engine.Execute(type, solution, cl::pftEvenOdd, cl::pftEvenOdd);
   if (hole_touches_outer(solution)) {
     // The same region once more through the engine, which then joins such holes to their outer.
     cl::Clipper again;
-    again.StrictlySimple(true);
     again.AddPaths(solution, cl::ptSubject, true);
     again.Execute(cl::ctUnion, solution, cl::pftEvenOdd, cl::pftEvenOdd);
   }
+  split_self_touching(solution);
   split_pinched_holes(solution);
   from_paths(solution, grid, out);
 }
