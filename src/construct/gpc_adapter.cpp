@@ -348,48 +348,21 @@ cl::ClipType clip_type(gpc_op op) {
   }
 }
 
-struct IntBox {
-  cl::cInt minx, miny, maxx, maxy;
-  bool holds(const cl::IntPoint& p) const { return p.X >= minx && p.X <= maxx && p.Y >= miny && p.Y <= maxy; }
-};
-
-IntBox box_of(const cl::Path& path) {
-  IntBox b{path[0].X, path[0].Y, path[0].X, path[0].Y};
-  for (const cl::IntPoint& p : path) {
-    if (p.X < b.minx) b.minx = p.X;
-    if (p.X > b.maxx) b.maxx = p.X;
-    if (p.Y < b.miny) b.miny = p.Y;
-    if (p.Y > b.maxy) b.maxy = p.Y;
+// True when a hole runs along part of an outer ring's edge.  The engine can leave such a hole
+// (where the operands' edges coincide) instead of cutting a notch into the outer ring; such
+// results need a second pass.  Results without holes cost one orientation test per path.
+bool hole_along_outer(const cl::Paths& paths) {
+  cl::Paths outers, holes;
+  for (const cl::Path& p : paths) {
+    if (p.size() >= 3) (twice_area(p) < 0 ? holes : outers).push_back(p);
   }
-  return b;
-}
-
-// True when a vertex of a hole lies on the boundary of an outer path.  The engine can leave a
-// hole running along part of an outer edge (where the operands' edges coincide) instead of
-// cutting a notch into the outer ring; such results need a second pass.  Results without holes
-// cost one orientation test per path.
-bool hole_touches_outer(const cl::Paths& paths) {
-  std::vector<std::size_t> outers, holes;
-  for (std::size_t i = 0; i < paths.size(); ++i) {
-    if (paths[i].size() >= 3) (twice_area(paths[i]) < 0 ? holes : outers).push_back(i);
-  }
-  if (holes.empty()) return false;
-  std::vector<IntBox> boxes;
-  for (std::size_t o : outers) boxes.push_back(box_of(paths[o]));
-  for (std::size_t h : holes) {
-    for (const cl::IntPoint& p : paths[h]) {
-      for (std::size_t k = 0; k < outers.size(); ++k) {
-        if (boxes[k].holds(p) && cl::PointInPolygon(p, paths[outers[k]]) < 0) return true;
-      }
-    }
-  }
-  return false;
+  return !holes.empty() && share_an_edge(holes, outers);
 }
 
 void run(cl::Clipper& engine, cl::ClipType type, const Grid& grid, gpc_polygon* out) {
   cl::Paths solution;
   engine.Execute(type, solution, cl::pftEvenOdd, cl::pftEvenOdd);
-  if (hole_touches_outer(solution)) {
+  if (hole_along_outer(solution)) {
     // The same region once more through the engine, which then joins such holes to their outer.
     cl::Clipper again;
     again.AddPaths(solution, cl::ptSubject, true);

@@ -34,8 +34,9 @@ void clean_clip_result(gpc_polygon* p);
 //    contour as a hole (near-duplicate hole vertices removed; the block keeps the size computed
 //    before that removal, zero-filled at its end);
 //  - several outer contours: one polygon per outer ring, smallest area first, each given the
-//    unused holes (smallest first) whose vertices all lie strictly inside its outer ring; holes no
-//    ring holds are dropped.
+//    unused holes (smallest first) that its outer ring holds: no vertex outside the ring and at
+//    least one strictly inside (point-in-ring test, tolerance kCleanTolerance), so that a hole
+//    touching its ring at a vertex stays; holes no ring holds are dropped.
 // Rings are closed by repeating their first vertex.  Returns 0, or XGWKB_E_FAILED when memory
 // runs out (nothing stored).  Throws std::bad_alloc from its working vectors.
 int32_t contours_to_shape(const gpc_polygon& p, byte** out);
