@@ -653,8 +653,8 @@ XGGEO_API int32_t xgWKB_shape_find_relation(void);
  *              other operand (keeping type 3 or 6).
  * Pairs: intersection takes every pair, difference a first shape of no higher dimension than the
  * second, union and symmetric difference shapes of one dimension.
- * Statuses: -65 a null pointer (out included); -66 a NaN or infinite coordinate, or an extent
- * too large to clip; -1 out of memory; otherwise, for a first type outside 1-6 / a second type
+ * Statuses: -65 a null pointer (out included); -66 a NaN or infinite coordinate or tolerance,
+ * or an extent too large to clip; -1 out of memory; otherwise, for a first type outside 1-6 / a second type
  * outside 1-6 / a refused pair:
  *   difference            -134 / -134 / -27
  *   intersection          -134 / -134, but 0 with nothing stored when the first is a polygon

@@ -89,6 +89,7 @@ TEST(Overlay, StatusesForForeignTypesRefusedPairsAndBadPointers) {
     EXPECT_EQ(op(kPg.data(), kPg.data(), nullptr, 0), -65);
     EXPECT_EQ(op(kPg.data(), nan_pg.data(), &out, 0), -66);
     EXPECT_EQ(op(inf_pt.data(), kPt.data(), &out, 0), -66);
+    EXPECT_EQ(op(kLn.data(), kLn.data(), &out, std::nan("")), -66);
     EXPECT_EQ(out, kUntouched);
   }
 }

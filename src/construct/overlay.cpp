@@ -1,6 +1,8 @@
 // overlay.cpp - the overlay exports: argument checks, the dispatch on type pairs, the kernels.
 #include "xggeokit.h"
 
+#include <cmath>
+
 #include "construct/overlay_convert.h"
 #include "construct/overlay_kernels.h"
 #include "core/boundary.h"
@@ -78,7 +80,8 @@ int32_t binary_operation(gpc_op op, const byte* a, const byte* b, byte** out, do
   if (!is_geometry_type(ta)) return st.bad_first;
   if (!is_geometry_type(tb)) return st.bad_second;
   if (!pair_supported(op, dimension(ta), dimension(tb))) return st.refused;
-  if (!shape_coords_finite(a) || !shape_coords_finite(b)) return XGWKB_E_INVALID_ARGUMENT;
+  // A tolerance that is not a number (or infinite) would make every segment pair a candidate.
+  if (!shape_coords_finite(a) || !shape_coords_finite(b) || !std::isfinite(t)) return XGWKB_E_INVALID_ARGUMENT;
   return run_kernel(op, a, b, t, out);
 }
 
@@ -122,7 +125,9 @@ int32_t xgWKB_shape_overlay(const unsigned char* a, const unsigned char* b, unsi
     }
     const int da = xg::dimension(ta);
     if (da != xg::dimension(tb) || da == 1) return XGWKB_E_INVALID_SHAPE;
-    if (!xg::shape_coords_finite(a) || !xg::shape_coords_finite(b)) return XGWKB_E_INVALID_ARGUMENT;
+    if (!xg::shape_coords_finite(a) || !xg::shape_coords_finite(b) || !std::isfinite(t)) {
+      return XGWKB_E_INVALID_ARGUMENT;
+    }
     if (da == 0) return xg::overlay_points(a, b, t, only_a, only_b, common);
     return xg::overlay_polygons(a, b, only_a, only_b, common);
   });
