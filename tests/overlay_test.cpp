@@ -267,3 +267,24 @@ TEST(Overlay, LineKernels) {
   };
   for (const EditCase& c : cases) check_edit(c);
 }
+
+TEST(Overlay, DegenerateRingsContributeNothing) {
+  const Ring sq = square(0, 0, 2);
+  const std::vector<Ring> junk = {{{5, 5}, {6, 6}},              // two points
+                                  {{7, 7}, {7, 7}, {7, 7}, {7, 7}},  // one point repeated
+                                  {{0, 5}, {1, 5}, {2, 5}, {0, 5}},  // collinear
+                                  {}};                               // no points at all
+  for (const Ring& r : junk) {
+    const Bytes with_junk = mp({polygon({sq}), polygon({r}), polygon({r, r})});
+    for (BinaryOp f : {xgWKB_shape_union, xgWKB_shape_intersection, xgWKB_shape_symmetric_difference}) {
+      Out out;
+      ASSERT_EQ(f(with_junk.data(), polygon({sq}).data(), &out.p, 0), 0);
+      const double expected = f == xgWKB_shape_symmetric_difference ? 0 : 4;
+      double total = 0;
+      if (!xgWKB_shape_is_nil(out.p)) {
+        for (const auto& poly : polygons_of(out.p)) total += area(poly[0]);
+      }
+      EXPECT_DOUBLE_EQ(total, expected);
+    }
+  }
+}
