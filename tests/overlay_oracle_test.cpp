@@ -124,8 +124,9 @@ TEST_P(OverlayOracle, RegionsMatchGeosAndOverlayPartitionsTheUnion) {
       ASSERT_EQ(op.ours(Misaligned(a).data(), Misaligned(b).data(), &ours.p, 0), 0);
       GeosGeom mine(oracle_, geos_of(ours.p)), ref(oracle_, op.geos(oracle_.handle(), ga.get(), gb.get()));
       if (!valid(mine.get())) {
-        // Known defect: on the grid, a symmetric difference can hold two pieces that share part
-        // of an edge (the region is right, the multipolygon is not valid).  Counted, not hidden.
+        // Known defect: on the grid, a symmetric difference can keep a hole pinched against its
+        // outer ring (or a piece along another's edge) where several holes meet: the region is
+        // right, the multipolygon is not valid.  Counted, not hidden.
         const bool known = grid && op.ours == xgWKB_shape_symmetric_difference;
         invalid += known;
         EXPECT_TRUE(known) << oracle_.to_wkt(mine.get());
@@ -153,7 +154,7 @@ TEST_P(OverlayOracle, RegionsMatchGeosAndOverlayPartitionsTheUnion) {
       EXPECT_LT(area_of(GEOSSymDifference_r, part.ours, ref.get()), scale) << oracle_.to_wkt(part.ours);
     }
   }
-  EXPECT_LE(invalid, 12);  // of 150 grid pairs (11 at the time of writing)
+  EXPECT_LE(invalid, 4);  // of 150 grid pairs (3 at the time of writing)
 }
 
 INSTANTIATE_TEST_SUITE_P(Inputs, OverlayOracle, ::testing::Values(false, true),

@@ -272,66 +272,93 @@ void split_pinched_holes(cl::Paths& paths) {
 
 // ---- shared edges ----------------------------------------------------------------------------
 
-// True when an edge of a path in a and an edge of a path in b run along each other for some
-// length.  Edges are grouped by the line they lie on (reduced direction and offset, exact in
-// 128 bits) and their extents along it compared.
-bool share_an_edge(const cl::Paths& a, const cl::Paths& b) {
-  struct Piece {
-    __int128 dx, dy, offset;  // the line: reduced direction, cross(direction, point)
-    __int128 lo, hi;          // extent along the direction
-    int side;
-  };
-  std::vector<Piece> pieces;
-  const auto add = [&pieces](const cl::Paths& paths, int side) {
-    for (const cl::Path& path : paths) {
-      for (std::size_t i = 0, n = path.size(); i < n; ++i) {
-        const cl::IntPoint& p = path[i];
-        const cl::IntPoint& q = path[(i + 1) % n];
-        __int128 dx = static_cast<__int128>(q.X) - p.X, dy = static_cast<__int128>(q.Y) - p.Y;
-        if (dx == 0 && dy == 0) continue;
-        __int128 g = dx < 0 ? -dx : dx, h = dy < 0 ? -dy : dy;
-        while (h != 0) {
-          const __int128 r = g % h;
-          g = h;
-          h = r;
-        }
-        dx /= g;
-        dy /= g;
-        if (dx < 0 || (dx == 0 && dy < 0)) {
-          dx = -dx;
-          dy = -dy;
-        }
-        const __int128 tp = dx * p.X + dy * p.Y, tq = dx * q.X + dy * q.Y;
-        pieces.push_back({dx, dy, dx * p.Y - dy * p.X, tp < tq ? tp : tq, tp < tq ? tq : tp, side});
-      }
+// Edges grouped by the line they lie on (reduced direction and offset, exact in 128 bits), with
+// their extents along it, so that edges running along each other for some length can be found
+// by sorting instead of comparing all pairs.
+struct LinePiece {
+  __int128 dx, dy, offset;  // the line: reduced direction, cross(direction, point)
+  __int128 lo, hi;          // extent along the direction
+  std::size_t group;
+};
+
+void add_line_pieces(const cl::Path& path, std::size_t group, std::vector<LinePiece>& pieces) {
+  for (std::size_t i = 0, n = path.size(); i < n; ++i) {
+    const cl::IntPoint& p = path[i];
+    const cl::IntPoint& q = path[(i + 1) % n];
+    __int128 dx = static_cast<__int128>(q.X) - p.X, dy = static_cast<__int128>(q.Y) - p.Y;
+    if (dx == 0 && dy == 0) continue;
+    __int128 g = dx < 0 ? -dx : dx, h = dy < 0 ? -dy : dy;
+    while (h != 0) {
+      const __int128 r = g % h;
+      g = h;
+      h = r;
     }
-  };
-  add(a, 0);
-  add(b, 1);
-  std::sort(pieces.begin(), pieces.end(), [](const Piece& l, const Piece& r) {
+    dx /= g;
+    dy /= g;
+    if (dx < 0 || (dx == 0 && dy < 0)) {
+      dx = -dx;
+      dy = -dy;
+    }
+    const __int128 tp = dx * p.X + dy * p.Y, tq = dx * q.X + dy * q.Y;
+    pieces.push_back({dx, dy, dx * p.Y - dy * p.X, tp < tq ? tp : tq, tp < tq ? tq : tp, group});
+  }
+}
+
+// True when two pieces of different groups overlap for some length.
+bool groups_overlap(std::vector<LinePiece>& pieces) {
+  std::sort(pieces.begin(), pieces.end(), [](const LinePiece& l, const LinePiece& r) {
     if (l.dx != r.dx) return l.dx < r.dx;
     if (l.dy != r.dy) return l.dy < r.dy;
     if (l.offset != r.offset) return l.offset < r.offset;
     return l.lo < r.lo;
   });
-  // Along one line, sorted by start: a piece overlaps an earlier one of the other side when it
-  // starts before the farthest end reached by that side so far.
+  // Along one line, sorted by start: a piece overlaps an earlier one of another group when it
+  // starts before the farthest end reached so far by a group other than its own (the two
+  // farthest ends of distinct groups are kept).
   for (std::size_t i = 0; i < pieces.size();) {
     std::size_t j = i;
-    __int128 reach[2] = {0, 0};
-    bool seen[2] = {false, false};
+    bool have1 = false, have2 = false;
+    __int128 reach1 = 0, reach2 = 0;
+    std::size_t group1 = 0;
     for (; j < pieces.size() && pieces[j].dx == pieces[i].dx && pieces[j].dy == pieces[i].dy &&
            pieces[j].offset == pieces[i].offset;
          ++j) {
-      const Piece& pc = pieces[j];
-      const int other = 1 - pc.side;
-      if (seen[other] && pc.lo < reach[other]) return true;
-      if (!seen[pc.side] || pc.hi > reach[pc.side]) reach[pc.side] = pc.hi;
-      seen[pc.side] = true;
+      const LinePiece& pc = pieces[j];
+      if (have1 && group1 != pc.group && pc.lo < reach1) return true;
+      if (have2 && group1 == pc.group && pc.lo < reach2) return true;
+      if (!have1 || pc.hi > reach1) {
+        if (have1 && group1 != pc.group) {
+          reach2 = reach1;
+          have2 = true;
+        }
+        reach1 = pc.hi;
+        group1 = pc.group;
+        have1 = true;
+      } else if (group1 != pc.group && (!have2 || pc.hi > reach2)) {
+        reach2 = pc.hi;
+        have2 = true;
+      }
     }
     i = j;
   }
   return false;
+}
+
+// True when an edge of a path in a and an edge of a path in b run along each other for some
+// length.
+bool share_an_edge(const cl::Paths& a, const cl::Paths& b) {
+  std::vector<LinePiece> pieces;
+  for (const cl::Path& p : a) add_line_pieces(p, 0, pieces);
+  for (const cl::Path& p : b) add_line_pieces(p, 1, pieces);
+  return groups_overlap(pieces);
+}
+
+// True when two of the paths run along each other for some length.
+bool paths_share_an_edge(const cl::Paths& paths) {
+  if (paths.size() < 2) return false;
+  std::vector<LinePiece> pieces;
+  for (std::size_t i = 0; i < paths.size(); ++i) add_line_pieces(paths[i], i, pieces);
+  return groups_overlap(pieces);
 }
 
 cl::ClipType clip_type(gpc_op op) {
@@ -359,7 +386,8 @@ bool hole_along_outer(const cl::Paths& paths) {
   return !holes.empty() && share_an_edge(holes, outers);
 }
 
-void run(cl::Clipper& engine, cl::ClipType type, const Grid& grid, gpc_polygon* out) {
+// The engine's result for one operation, with its rings repaired (see above).
+cl::Paths solve(cl::Clipper& engine, cl::ClipType type) {
   cl::Paths solution;
   engine.Execute(type, solution, cl::pftEvenOdd, cl::pftEvenOdd);
   if (hole_along_outer(solution)) {
@@ -370,7 +398,11 @@ void run(cl::Clipper& engine, cl::ClipType type, const Grid& grid, gpc_polygon* 
   }
   split_self_touching(solution);
   split_pinched_holes(solution);
-  from_paths(solution, grid, out);
+  return solution;
+}
+
+void run(cl::Clipper& engine, cl::ClipType type, const Grid& grid, gpc_polygon* out) {
+  from_paths(solve(engine, type), grid, out);
 }
 
 }  // namespace
@@ -399,7 +431,15 @@ int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygo
   swapped.AddPaths(s, cl::ptClip, true);
   swapped.Execute(cl::ctDifference, other_side, cl::pftEvenOdd, cl::pftEvenOdd);
   if (share_an_edge(one_side, other_side)) {
-    run(engine, cl::ctXor, grid, result);
+    cl::Paths x = solve(engine, cl::ctXor);
+    if (paths_share_an_edge(x)) {
+      // The engine's symmetric difference can still leave two rings along one edge; once more
+      // through the engine joins them.
+      cl::Clipper again;
+      again.AddPaths(x, cl::ptSubject, true);
+      x = solve(again, cl::ctUnion);
+    }
+    from_paths(x, grid, result);
     return XGWKB_OK;
   }
   one_side.insert(one_side.end(), std::make_move_iterator(other_side.begin()), std::make_move_iterator(other_side.end()));
