@@ -129,6 +129,11 @@ run convert --of wkt -a '{"type":"Feature","geometry":{"type":"MultiPoint","coor
 run convert --of wkb -a "POINT Z (1 2 3"
 
 # Overlay
+show "Two overlapping squares: only in the first, only in the second, in both"
+run overlay -a "polygon ((0 0,4 0,4 4,0 4,0 0))" -b "polygon ((2 2,6 2,6 6,2 6,2 2))"
+show "A square with a square hole cut out, and lines split where they overlap"
+run difference -a "polygon ((0 0,10 0,10 10,0 10,0 0))" -b "polygon ((2 2,4 2,4 4,2 4,2 2))"
+run symdifference -a "linestring (0 0,10 0)" -b "linestring (5 0,15 0)"
 
 # Buffer and clipping
 

@@ -814,6 +814,48 @@ XGGEO_API uint32_t xgWKB_shape_envelope_is_touching(const unsigned char *shape,
 /* Polygon overlay                                                                            */
 /* ------------------------------------------------------------------------------------------ */
 
+/* Boolean operations between two shapes of types 1-6; t is the point and line tolerance
+ * (polygon work ignores it).  The result is a new blob in *out, released with xgWKB_shape_free:
+ *   points   - a multipoint of the operands' point blobs copied byte for byte, or the nil shape;
+ *              two points are equal when the first 16 bytes of their blobs (header included),
+ *              read as two doubles, differ by less than t on both; a point against a multipoint
+ *              is compared with the first member only;
+ *   lines    - a multilinestring of the kept pieces (lines split where they meet within t), or
+ *              the nil shape; an intersection of lines without a common point stores null;
+ *   polygons - a multipolygon (nil when nothing is left); both operands without rings or
+ *              members: status 0 and null stored; one empty: difference gives nil or a copy of
+ *              the first, intersection nil, union and symmetric difference a byte copy of the
+ *              other operand (keeping type 3 or 6).
+ * Pairs: intersection takes every pair, difference a first shape of no higher dimension than the
+ * second, union and symmetric difference shapes of one dimension.
+ * Statuses: -65 a null pointer (out included); -66 a NaN or infinite coordinate or tolerance,
+ * or an extent too large to clip; -1 out of memory; otherwise, for a first type outside 1-6 / a second type
+ * outside 1-6 / a refused pair:
+ *   difference            -134 / -134 / -27
+ *   intersection          -134 / -134, but 0 with nothing stored when the first is a polygon
+ *   union                 -27 / -27, but -134 when the first is a multipoint / -134
+ *   symmetric difference  -27 / -27 / -134
+ * Nothing is stored on a failure. */
+XGGEO_API int32_t xgWKB_shape_difference(const unsigned char *a, const unsigned char *b, unsigned char **out,
+                                         double t);
+XGGEO_API int32_t xgWKB_shape_intersection(const unsigned char *a, const unsigned char *b,
+                                           unsigned char **out, double t);
+XGGEO_API int32_t xgWKB_shape_union(const unsigned char *a, const unsigned char *b, unsigned char **out, double t);
+XGGEO_API int32_t xgWKB_shape_symmetric_difference(const unsigned char *a, const unsigned char *b,
+                                                   unsigned char **out, double t);
+
+/* The three parts of two points or multipoints, or of two polygons or multipolygons: *only_a
+ * (in a only), *only_b (in b only), *common (in both), each released with xgWKB_shape_free.
+ * Polygons: all three are written (multipolygons, or nil when empty).  Points: a point equal to
+ * b (or to b's first member) gives only *common, a point blob whose coordinates are the first 16
+ * bytes of a's blob, and for a multipoint b also *only_b (b without that member); otherwise
+ * *only_a and *only_b are copies of a and b; two multipoints write all three.  Outputs not
+ * written keep their values: preset them to null.  Statuses: -65 a null pointer; -27 a first
+ * type outside 1-6, or a second one (but -134 when the first is a line type); -134 any other
+ * pair; -66 and -1 as for the operations above. */
+XGGEO_API int32_t xgWKB_shape_overlay(const unsigned char *a, const unsigned char *b, unsigned char **only_a,
+                                      unsigned char **only_b, unsigned char **common, double t);
+
 /* ------------------------------------------------------------------------------------------ */
 /* Buffer and clipping                                                                        */
 /* ------------------------------------------------------------------------------------------ */

@@ -115,6 +115,14 @@ TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines)
       {"", "", "", 2}, {"nosuchop", "", "", 2}, {"wkt 'point (1 2)'", "", "", 2},
       {"extent x -a 'point (1 2)'", "", "", 2}, {"wkt -a", "", "", 2}, {"wkt -a @no/such/file.wkt", "", "", 2},
       // Overlay
+      {"overlay -a 'polygon ((0 0,4 0,4 4,0 4,0 0))' -b 'polygon ((2 2,6 2,6 6,2 6,2 2))'", "",
+       "multipolygon (((4.000000 2.000000,2.000000 2.000000,2.000000 4.000000,0.000000 4.000000,0.000000 0.000000,"
+       "4.000000 0.000000,4.000000 2.000000)))\n"
+       "multipolygon (((6.000000 6.000000,2.000000 6.000000,2.000000 4.000000,4.000000 4.000000,4.000000 2.000000,"
+       "6.000000 2.000000,6.000000 6.000000)))\n"
+       "multipolygon (((4.000000 4.000000,2.000000 4.000000,2.000000 2.000000,4.000000 2.000000,4.000000 4.000000)))\n"},
+      {"intersection -a 'linestring (0 0,1 0)' -b 'linestring (0 5,1 5)'", "", "none\n"},
+      {"union -a 'point (1 2)' -b 'polygon ((0 0,4 0,4 4,0 4,0 0))'", "", "", 1, "status -134"},
       // Buffer and clipping
       // Hull, distance and merge
       {"hull -a 'multipoint (0 0,1 0,2 0)'", "", "linestring (2.000000 0.000000,0.000000 0.000000)\n"},

@@ -312,6 +312,11 @@ const Op kOperations[] = {
     {"equals", Inputs::kShapes, 0, 1, "[TOL]", "whether -a and -b have the same vertices within TOL",
      relation<xgWKB_shape_is_equal>},
     // Overlay
+    {"intersection", Inputs::kShapes, 0, 1, "[TOL]", "common part of -a and -b", op_intersection},
+    {"union", Inputs::kShapes, 0, 1, "[TOL]", "-a and -b together", op_union},
+    {"difference", Inputs::kShapes, 0, 1, "[TOL]", "-a without -b", op_difference},
+    {"symdifference", Inputs::kShapes, 0, 1, "[TOL]", "what lies in just one of -a and -b", op_symdifference},
+    {"overlay", Inputs::kShapes, 0, 1, "[TOL]", "three lines: only in -a, only in -b, in both", op_overlay},
     // Buffer and clipping
     // Hull, distance and merge
     {"hull", Inputs::kShape, 0, 1, "[TOL]", "convex hull of the shape's vertices", op_hull},

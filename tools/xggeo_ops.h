@@ -113,6 +113,11 @@ struct Op {
 
 // Operations defined in files of their own (xggeo_ops_<group>.cpp), by group.
 // Overlay
+int32_t op_intersection(const Operands& in, const Args& args, Output& out);
+int32_t op_union(const Operands& in, const Args& args, Output& out);
+int32_t op_difference(const Operands& in, const Args& args, Output& out);
+int32_t op_symdifference(const Operands& in, const Args& args, Output& out);
+int32_t op_overlay(const Operands& in, const Args& args, Output& out);
 // Buffer and clipping
 // Hull, distance and merge
 int32_t op_hull(const Operands& in, const Args& args, Output& out);
