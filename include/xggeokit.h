@@ -837,12 +837,12 @@ XGGEO_API uint32_t xgWKB_shape_envelope_is_touching(const unsigned char *shape,
  *   symmetric difference  -27 / -27 / -134
  * Nothing is stored on a failure. */
 XGGEO_API int32_t xgWKB_shape_difference(const unsigned char *a, const unsigned char *b, unsigned char **out,
-                                         double t);
+                                         double t) XGGEO_NOEXCEPT;
 XGGEO_API int32_t xgWKB_shape_intersection(const unsigned char *a, const unsigned char *b,
-                                           unsigned char **out, double t);
-XGGEO_API int32_t xgWKB_shape_union(const unsigned char *a, const unsigned char *b, unsigned char **out, double t);
+                                           unsigned char **out, double t) XGGEO_NOEXCEPT;
+XGGEO_API int32_t xgWKB_shape_union(const unsigned char *a, const unsigned char *b, unsigned char **out, double t) XGGEO_NOEXCEPT;
 XGGEO_API int32_t xgWKB_shape_symmetric_difference(const unsigned char *a, const unsigned char *b,
-                                                   unsigned char **out, double t);
+                                                   unsigned char **out, double t) XGGEO_NOEXCEPT;
 
 /* The three parts of two points or multipoints, or of two polygons or multipolygons: *only_a
  * (in a only), *only_b (in b only), *common (in both), each released with xgWKB_shape_free.
@@ -854,7 +854,7 @@ XGGEO_API int32_t xgWKB_shape_symmetric_difference(const unsigned char *a, const
  * type outside 1-6, or a second one (but -134 when the first is a line type); -134 any other
  * pair; -66 and -1 as for the operations above. */
 XGGEO_API int32_t xgWKB_shape_overlay(const unsigned char *a, const unsigned char *b, unsigned char **only_a,
-                                      unsigned char **only_b, unsigned char **common, double t);
+                                      unsigned char **only_b, unsigned char **common, double t) XGGEO_NOEXCEPT;
 
 /* ------------------------------------------------------------------------------------------ */
 /* Buffer and clipping                                                                        */

@@ -92,26 +92,26 @@ int32_t binary_operation(gpc_op op, const byte* a, const byte* b, byte** out, do
 extern "C" {
 
 int32_t xgWKB_shape_difference(const unsigned char* a, const unsigned char* b, unsigned char** out,
-                               double t) {
+                               double t) noexcept {
   return xg::guarded([&] { return xg::binary_operation(xg::GPC_DIFF, a, b, out, t); });
 }
 
 int32_t xgWKB_shape_intersection(const unsigned char* a, const unsigned char* b, unsigned char** out,
-                                 double t) {
+                                 double t) noexcept {
   return xg::guarded([&] { return xg::binary_operation(xg::GPC_INT, a, b, out, t); });
 }
 
-int32_t xgWKB_shape_union(const unsigned char* a, const unsigned char* b, unsigned char** out, double t) {
+int32_t xgWKB_shape_union(const unsigned char* a, const unsigned char* b, unsigned char** out, double t) noexcept {
   return xg::guarded([&] { return xg::binary_operation(xg::GPC_UNION, a, b, out, t); });
 }
 
 int32_t xgWKB_shape_symmetric_difference(const unsigned char* a, const unsigned char* b, unsigned char** out,
-                                         double t) {
+                                         double t) noexcept {
   return xg::guarded([&] { return xg::binary_operation(xg::GPC_XOR, a, b, out, t); });
 }
 
 int32_t xgWKB_shape_overlay(const unsigned char* a, const unsigned char* b, unsigned char** only_a,
-                            unsigned char** only_b, unsigned char** common, double t) {
+                            unsigned char** only_b, unsigned char** common, double t) noexcept {
   return xg::guarded([&]() -> int32_t {
     if (a == nullptr || b == nullptr || only_a == nullptr || only_b == nullptr || common == nullptr) {
       return XGWKB_E_NULL_POINTER;
