@@ -128,11 +128,28 @@ TEST(Merge, ManyLinesJoinEndToEnd) {
   }
 }
 
-TEST(Merge, PolygonsAreCollectedIntoOneMultipolygon) {
+// Polygons that overlap or share an edge fuse; one apart is collected byte for byte.
+TEST(Merge, PolygonsFuseWhereTheyMeetAndAreCollectedOtherwise) {
   const Bytes a = polygon({square(0, 0, 2)}), b = polygon({square(1, 1, 2)}), c = polygon({square(9, 9, 1)});
-  EXPECT_EQ(merge(a, b).blob, multi(XGWKB_TYPE_MULTIPOLYGON, {a, b}));
-  EXPECT_EQ(merge(multi(XGWKB_TYPE_MULTIPOLYGON, {a, c}), b).blob, multi(XGWKB_TYPE_MULTIPOLYGON, {a, c, b}));
-  EXPECT_EQ(merge(c, multi(XGWKB_TYPE_MULTIPOLYGON, {})).blob, multi(XGWKB_TYPE_MULTIPOLYGON, {c}));
+  const Bytes d = polygon({square(2, 0, 2)});  // shares a's right edge
+  const struct {
+    Bytes a, b;
+    uint32_t members;
+    double area;
+  } cases[] = {
+      {a, b, 1, 7}, {a, d, 1, 8}, {multi(XGWKB_TYPE_MULTIPOLYGON, {a, c}), b, 2, 8},
+      {c, multi(XGWKB_TYPE_MULTIPOLYGON, {}), 1, 1}, {a, c, 2, 5},
+  };
+  for (const auto& k : cases) {
+    const Merged m = merge(k.a, k.b);
+    ASSERT_EQ(m.status, XGWKB_OK);
+    ASSERT_EQ(xg::shape_type(m.blob.data()), uint32_t{XGWKB_TYPE_MULTIPOLYGON});
+    EXPECT_EQ(xg::shape_count(m.blob.data()), k.members);
+    double area = 0;
+    ASSERT_EQ(xgWKB_shape_get_area(m.blob.data(), 0, &area), XGWKB_OK);
+    EXPECT_NEAR(area, k.area, 1e-12);
+  }
+  EXPECT_EQ(merge(a, c).blob, multi(XGWKB_TYPE_MULTIPOLYGON, {a, c}));
 }
 
 TEST(Merge, Statuses) {

@@ -6,10 +6,12 @@
 // Lines: two linestrings are joined where an end of one equals an end of the other (the four
 // cases below, tried in order); with a multilinestring on either side, every member of both is
 // joined end to end with any other open line sharing an end (join_lines).
-// Polygons: collected into one multipolygon (unite_polygons).
+// Polygons: one multipolygon, overlapping and edge-sharing polygons united (unite_polygons).
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
+#include "construct/overlay_kernels.h"
 #include "construct/point_grid.h"
 #include "core/boundary.h"
 
@@ -312,10 +314,111 @@ byte* lines_blob(const std::vector<Chain>& chains) {
 
 // ---- polygons --------------------------------------------------------------------------------
 
-// One multipolygon of the given polygons, in order.  Polygons that overlap or share an edge are
-// collected as they are, not fused: this is the one place where they would be united.
-byte* unite_polygons(const std::vector<const byte*>& polygons) {
-  return multi_of(XGWKB_TYPE_MULTIPOLYGON, polygons);
+// Box of a polygon's outer ring (an empty polygon has the inverted box and meets nothing).
+_xgWKB_BOX outer_box(const byte* polygon) {
+  _xgWKB_BOX box{1, 1, -1, -1};
+  if (shape_count(polygon) > 0) wkb_points_extent(first_ring(polygon).at, &box);
+  return box;
+}
+
+// Groups of polygons linked by meeting boxes (union-find over a sweep in x, so the cost follows
+// the pairs whose boxes meet, not all pairs).  Groups come in the order of their first polygon.
+std::vector<std::vector<std::size_t>> box_groups(const std::vector<const byte*>& polygons) {
+  const std::size_t n = polygons.size();
+  std::vector<_xgWKB_BOX> box(n);
+  std::vector<std::size_t> order(n), parent(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    box[i] = outer_box(polygons[i]);
+    order[i] = parent[i] = i;
+  }
+  auto root = [&parent](std::size_t i) {
+    while (parent[i] != i) i = parent[i] = parent[parent[i]];
+    return i;
+  };
+  std::sort(order.begin(), order.end(), [&box](std::size_t l, std::size_t r) { return box[l].minx < box[r].minx; });
+  for (std::size_t k = 0; k < n; ++k) {
+    const _xgWKB_BOX& a = box[order[k]];
+    if (a.minx > a.maxx) continue;
+    for (std::size_t j = k + 1; j < n && box[order[j]].minx <= a.maxx; ++j) {
+      const _xgWKB_BOX& b = box[order[j]];
+      if (b.minx > b.maxx || b.miny > a.maxy || a.miny > b.maxy) continue;
+      const std::size_t ra = root(order[k]);
+      const std::size_t rb = root(order[j]);
+      if (ra != rb) parent[std::max(ra, rb)] = std::min(ra, rb);  // the root is the first polygon
+    }
+  }
+  std::vector<std::vector<std::size_t>> groups;
+  std::vector<std::size_t> group_of(n, n);
+  for (std::size_t i = 0; i < n; ++i) {
+    const std::size_t r = root(i);
+    if (group_of[r] == n) {
+      group_of[r] = groups.size();
+      groups.emplace_back();
+    }
+    groups[group_of[r]].push_back(i);
+  }
+  return groups;
+}
+
+// The union of a group of polygons through the overlay's polygon kernel, pairwise in a balanced
+// tree so that a group of g polygons takes log g rounds rather than g successive unions.
+int32_t unite_group(const std::vector<const byte*>& polygons, const std::vector<std::size_t>& group,
+                    OwnedBlob* united) {
+  std::vector<OwnedBlob> level;
+  std::vector<const byte*> operands;
+  for (std::size_t i : group) operands.push_back(polygons[i]);
+  while (operands.size() > 1) {
+    std::vector<OwnedBlob> next;
+    std::vector<const byte*> next_operands;
+    for (std::size_t i = 0; i + 1 < operands.size(); i += 2) {
+      byte* u = nullptr;
+      const int32_t status = polygon_kernel(GPC_UNION, operands[i], operands[i + 1], &u);
+      if (status != XGWKB_OK) return status;
+      if (u == nullptr) continue;  // both empty
+      next.emplace_back(u);
+      next_operands.push_back(u);
+    }
+    if (operands.size() % 2 == 1) next_operands.push_back(operands.back());
+    level.insert(level.end(), std::make_move_iterator(next.begin()), std::make_move_iterator(next.end()));
+    operands.swap(next_operands);
+  }
+  if (operands.empty()) return XGWKB_OK;
+  // The last union is kept; a lone operand that is one of the inputs is copied.
+  for (OwnedBlob& b : level) {
+    if (b.get() == operands[0]) {
+      *united = std::move(b);
+      return XGWKB_OK;
+    }
+  }
+  uint32_t size = 0;
+  byte* copy = nullptr;
+  if (geometry_size(operands[0], &size) != XGWKB_OK) return XGWKB_E_INVALID_SHAPE;
+  const int32_t status = blob_copy(operands[0], size, &copy);
+  united->reset(copy);
+  return status;
+}
+
+// One multipolygon of the given polygons.  Polygons whose boxes meet no other polygon's are
+// collected as they are; each group of polygons with meeting boxes is replaced by its union
+// (overlapping and edge-sharing polygons fuse, the rest of the group comes back as its own
+// members).  Groups keep the order of their first polygon.
+int32_t unite_polygons(const std::vector<const byte*>& polygons, byte** out) {
+  std::vector<OwnedBlob> unions;
+  std::vector<const byte*> members;
+  for (const std::vector<std::size_t>& group : box_groups(polygons)) {
+    if (group.size() == 1) {
+      members.push_back(polygons[group[0]]);
+      continue;
+    }
+    OwnedBlob united;
+    const int32_t status = unite_group(polygons, group, &united);
+    if (status != XGWKB_OK) return status;
+    if (!united) continue;
+    for (const byte* m : parts_of(united.get())) members.push_back(m);
+    unions.push_back(std::move(united));
+  }
+  *out = multi_of(XGWKB_TYPE_MULTIPOLYGON, members);
+  return *out == nullptr ? XGWKB_E_FAILED : XGWKB_OK;
 }
 
 int32_t merge(const byte* a, const byte* b, double t, byte** out) {
@@ -347,7 +450,8 @@ int32_t merge(const byte* a, const byte* b, double t, byte** out) {
     default: {
       std::vector<const byte*> polygons = parts_of(a);
       for (const byte* m : parts_of(b)) polygons.push_back(m);
-      result = unite_polygons(polygons);
+      const int32_t status = unite_polygons(polygons, &result);
+      if (status != XGWKB_OK) return status;
       break;
     }
   }
