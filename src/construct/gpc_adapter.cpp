@@ -375,6 +375,25 @@ cl::ClipType clip_type(gpc_op op) {
   }
 }
 
+// The clipping engine with its edge lists reserved before paths go in.  The engine allocates each
+// path's edge block and then records it in a list; were the list to grow at that moment and
+// memory run out, the block would be lost.  With the room reserved first, running out of memory
+// while paths are added leaves nothing behind.
+class Engine : public cl::Clipper {
+ public:
+  void add(const cl::Paths& paths, cl::PolyType type) {
+    m_edges.reserve(m_edges.size() + paths.size());
+    AddPaths(paths, type, true);
+  }
+
+  // Runs one operation with even-odd fill on both operands.  The engine catches every exception
+  // of its own run, running out of memory among them, and answers false; that becomes
+  // std::bad_alloc again here, so that the export reports it rather than a partial result.
+  void run(cl::ClipType type, cl::Paths* solution) {
+    if (!Execute(type, *solution, cl::pftEvenOdd, cl::pftEvenOdd)) throw std::bad_alloc();
+  }
+};
+
 // True when a hole runs along part of an outer ring's edge.  The engine can leave such a hole
 // (where the operands' edges coincide) instead of cutting a notch into the outer ring; such
 // results need a second pass.  Results without holes cost one orientation test per path.
@@ -387,21 +406,21 @@ bool hole_along_outer(const cl::Paths& paths) {
 }
 
 // The engine's result for one operation, with its rings repaired (see above).
-cl::Paths solve(cl::Clipper& engine, cl::ClipType type) {
+cl::Paths solve(Engine& engine, cl::ClipType type) {
   cl::Paths solution;
-  engine.Execute(type, solution, cl::pftEvenOdd, cl::pftEvenOdd);
+  engine.run(type, &solution);
   if (hole_along_outer(solution)) {
     // The same region once more through the engine, which then joins such holes to their outer.
-    cl::Clipper again;
-    again.AddPaths(solution, cl::ptSubject, true);
-    again.Execute(cl::ctUnion, solution, cl::pftEvenOdd, cl::pftEvenOdd);
+    Engine again;
+    again.add(solution, cl::ptSubject);
+    again.run(cl::ctUnion, &solution);
   }
   split_self_touching(solution);
   split_pinched_holes(solution);
   return solution;
 }
 
-void run(cl::Clipper& engine, cl::ClipType type, const Grid& grid, gpc_polygon* out) {
+void run(Engine& engine, cl::ClipType type, const Grid& grid, gpc_polygon* out) {
   from_paths(solve(engine, type), grid, out);
 }
 
@@ -413,9 +432,9 @@ int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygo
   if (!fit_grid(subject, clip, &grid)) return XGWKB_E_INVALID_ARGUMENT;
   const cl::Paths s = to_paths(subject, grid);
   const cl::Paths c = to_paths(clip, grid);
-  cl::Clipper engine;
-  engine.AddPaths(s, cl::ptSubject, true);
-  engine.AddPaths(c, cl::ptClip, true);
+  Engine engine;
+  engine.add(s, cl::ptSubject);
+  engine.add(c, cl::ptClip);
   if (op != GPC_XOR) {
     run(engine, clip_type(op), grid, result);
     return XGWKB_OK;
@@ -425,18 +444,18 @@ int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygo
   // piece of one side shares an edge with a piece of the other (operands with common edges), the
   // engine's own result joins them, and its pinched holes are split apart instead.
   cl::Paths one_side, other_side;
-  engine.Execute(cl::ctDifference, one_side, cl::pftEvenOdd, cl::pftEvenOdd);
-  cl::Clipper swapped;
-  swapped.AddPaths(c, cl::ptSubject, true);
-  swapped.AddPaths(s, cl::ptClip, true);
-  swapped.Execute(cl::ctDifference, other_side, cl::pftEvenOdd, cl::pftEvenOdd);
+  engine.run(cl::ctDifference, &one_side);
+  Engine swapped;
+  swapped.add(c, cl::ptSubject);
+  swapped.add(s, cl::ptClip);
+  swapped.run(cl::ctDifference, &other_side);
   if (share_an_edge(one_side, other_side)) {
     cl::Paths x = solve(engine, cl::ctXor);
     if (paths_share_an_edge(x)) {
       // The engine's symmetric difference can still leave two rings along one edge; once more
       // through the engine joins them.
-      cl::Clipper again;
-      again.AddPaths(x, cl::ptSubject, true);
+      Engine again;
+      again.add(x, cl::ptSubject);
       x = solve(again, cl::ctUnion);
     }
     from_paths(x, grid, result);
@@ -460,14 +479,14 @@ int32_t three_way_polygon_clip(const gpc_polygon& subject, const gpc_polygon& cl
   // The engine keeps its edges between runs, so one instance serves the common part and the
   // subject's own part.  It only ever subtracts the clip from the subject, so the clip's own part
   // needs a second instance with the roles swapped (same integer paths, same grid).
-  cl::Clipper engine;
-  engine.AddPaths(s, cl::ptSubject, true);
-  engine.AddPaths(c, cl::ptClip, true);
+  Engine engine;
+  engine.add(s, cl::ptSubject);
+  engine.add(c, cl::ptClip);
   run(engine, cl::ctIntersection, grid, common);
   run(engine, cl::ctDifference, grid, subject_only);
-  cl::Clipper swapped;
-  swapped.AddPaths(c, cl::ptSubject, true);
-  swapped.AddPaths(s, cl::ptClip, true);
+  Engine swapped;
+  swapped.add(c, cl::ptSubject);
+  swapped.add(s, cl::ptClip);
   run(swapped, cl::ctDifference, grid, clip_only);
   return XGWKB_OK;
 }

@@ -8,7 +8,6 @@
 // joined end to end with any other open line sharing an end (join_lines).
 // Polygons: one multipolygon, overlapping and edge-sharing polygons united (unite_polygons).
 #include <algorithm>
-#include <iterator>
 #include <vector>
 
 #include "construct/overlay_kernels.h"
@@ -367,19 +366,18 @@ int32_t unite_group(const std::vector<const byte*>& polygons, const std::vector<
   std::vector<OwnedBlob> level;
   std::vector<const byte*> operands;
   for (std::size_t i : group) operands.push_back(polygons[i]);
+  level.reserve(operands.size());  // every union is owned here the moment it is made
   while (operands.size() > 1) {
-    std::vector<OwnedBlob> next;
     std::vector<const byte*> next_operands;
     for (std::size_t i = 0; i + 1 < operands.size(); i += 2) {
       byte* u = nullptr;
       const int32_t status = polygon_kernel(GPC_UNION, operands[i], operands[i + 1], &u);
       if (status != XGWKB_OK) return status;
       if (u == nullptr) continue;  // both empty
-      next.emplace_back(u);
+      level.emplace_back(u);
       next_operands.push_back(u);
     }
     if (operands.size() % 2 == 1) next_operands.push_back(operands.back());
-    level.insert(level.end(), std::make_move_iterator(next.begin()), std::make_move_iterator(next.end()));
     operands.swap(next_operands);
   }
   if (operands.empty()) return XGWKB_OK;
