@@ -22,22 +22,6 @@ using Pt = _xgWKB_POINT;
 
 int dimension(uint32_t type) { return static_cast<int>((type - 1) % 3); }  // types 1..6
 
-bool members_of_type(const byte* multi, uint32_t want) {
-  const uint32_t members = shape_count(multi);
-  const byte* at = multi + kCountedHeaderSize;
-  for (uint32_t i = 0; i < members; ++i) {
-    if (shape_type(at) != want) return false;
-    at += member_size(at);
-  }
-  return true;
-}
-
-// Every member of a multi-type is of the matching single type.
-bool well_formed(const byte* shape) {
-  const uint32_t type = shape_type(shape);
-  return !is_multi_type(type) || members_of_type(shape, type - 3);
-}
-
 // The single shapes making up a shape: itself, or its members.
 std::vector<const byte*> parts_of(const byte* shape) {
   std::vector<const byte*> parts;
@@ -422,7 +406,7 @@ int32_t unite_polygons(const std::vector<const byte*>& polygons, byte** out) {
 int32_t merge(const byte* a, const byte* b, double t, byte** out) {
   const uint32_t ta = shape_type(a);
   const uint32_t tb = shape_type(b);
-  if (!well_formed(a) || !well_formed(b)) return XGWKB_E_INVALID_ENTITY;
+  if (!members_well_typed(a) || !members_well_typed(b)) return XGWKB_E_INVALID_ENTITY;
   byte* result = nullptr;
   switch (dimension(ta)) {
     case 0:

@@ -243,7 +243,14 @@ bool for_each_member(const byte* multi, F&& f) {
   return true;
 }
 
-// The member at 0-based index i of a multi-type (no range check: callers test i < count first).
+// True unless shape is a multi-type holding a member of a foreign type.  Exports that reach
+// members by index or sum over them test this first and answer XGWKB_E_INVALID_SHAPE.
+inline bool members_well_typed(const byte* shape) {
+  return !is_multi_type(shape_type(shape)) || for_each_member(shape, [](const byte*, uint32_t) {});
+}
+
+// The member at 0-based index i of a multi-type (no range check: callers test i < count first,
+// and members_well_typed).
 inline const byte* member_at(const byte* multi, uint32_t i) {
   const byte* at = first_member(multi);
   for (uint32_t k = 0; k < i; ++k) at = next_member(at);
