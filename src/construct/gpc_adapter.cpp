@@ -387,9 +387,9 @@ bool hole_along_outer(const cl::Paths& paths) {
 }
 
 // The engine's result for one operation, with its rings repaired (see above).
-cl::Paths solve(cl::Clipper& engine, cl::ClipType type) {
+cl::Paths solve(cl::Clipper& engine, cl::ClipType type, cl::PolyFillType fill = cl::pftEvenOdd) {
   cl::Paths solution;
-  engine.Execute(type, solution, cl::pftEvenOdd, cl::pftEvenOdd);
+  engine.Execute(type, solution, fill, fill);
   if (hole_along_outer(solution)) {
     // The same region once more through the engine, which then joins such holes to their outer.
     cl::Clipper again;
@@ -469,6 +469,17 @@ int32_t three_way_polygon_clip(const gpc_polygon& subject, const gpc_polygon& cl
   swapped.AddPaths(c, cl::ptSubject, true);
   swapped.AddPaths(s, cl::ptClip, true);
   run(swapped, cl::ctDifference, grid, clip_only);
+  return XGWKB_OK;
+}
+
+int32_t gpc_union_winding(const gpc_polygon& contours, gpc_polygon* result) {
+  gpc_free_polygon(result);
+  Grid grid;
+  const gpc_polygon none;
+  if (!fit_grid(contours, none, &grid)) return XGWKB_E_INVALID_ARGUMENT;
+  cl::Clipper engine;
+  engine.AddPaths(to_paths(contours, grid), cl::ptSubject, true);
+  from_paths(solve(engine, cl::ctUnion, cl::pftPositive), grid, result);
   return XGWKB_OK;
 }
 
