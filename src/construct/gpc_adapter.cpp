@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <unordered_map>
 
 #include "xggeokit.h"
@@ -386,15 +387,29 @@ bool hole_along_outer(const cl::Paths& paths) {
   return !holes.empty() && share_an_edge(holes, outers);
 }
 
+// The engine with room for its edge lists made before any path is added: the engine allocates a
+// path's edges and then appends them to its list, and loses them when that append fails.
+class Engine : public cl::Clipper {
+ public:
+  void reserve_paths(std::size_t n) { m_edges.reserve(n); }
+};
+
+// Runs the engine.  The engine catches every exception of its sweep (a failed allocation among
+// them) and answers false with an empty solution; on closed paths inside the grid that can only
+// be memory running out, which is passed on rather than taken for an empty result.
+void execute(cl::Clipper& engine, cl::ClipType type, cl::Paths& solution, cl::PolyFillType fill = cl::pftEvenOdd) {
+  if (!engine.Execute(type, solution, fill, fill)) throw std::bad_alloc();
+}
+
 // The engine's result for one operation, with its rings repaired (see above).
 cl::Paths solve(cl::Clipper& engine, cl::ClipType type, cl::PolyFillType fill = cl::pftEvenOdd) {
   cl::Paths solution;
-  engine.Execute(type, solution, fill, fill);
+  execute(engine, type, solution, fill);
   if (hole_along_outer(solution)) {
     // The same region once more through the engine, which then joins such holes to their outer.
     cl::Clipper again;
     again.AddPaths(solution, cl::ptSubject, true);
-    again.Execute(cl::ctUnion, solution, cl::pftEvenOdd, cl::pftEvenOdd);
+    execute(again, cl::ctUnion, solution);
   }
   split_self_touching(solution);
   split_pinched_holes(solution);
@@ -425,11 +440,11 @@ int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygo
   // piece of one side shares an edge with a piece of the other (operands with common edges), the
   // engine's own result joins them, and its pinched holes are split apart instead.
   cl::Paths one_side, other_side;
-  engine.Execute(cl::ctDifference, one_side, cl::pftEvenOdd, cl::pftEvenOdd);
+  execute(engine, cl::ctDifference, one_side);
   cl::Clipper swapped;
   swapped.AddPaths(c, cl::ptSubject, true);
   swapped.AddPaths(s, cl::ptClip, true);
-  swapped.Execute(cl::ctDifference, other_side, cl::pftEvenOdd, cl::pftEvenOdd);
+  execute(swapped, cl::ctDifference, other_side);
   if (share_an_edge(one_side, other_side)) {
     cl::Paths x = solve(engine, cl::ctXor);
     if (paths_share_an_edge(x)) {
@@ -477,8 +492,10 @@ int32_t gpc_union_winding(const gpc_polygon& contours, gpc_polygon* result) {
   Grid grid;
   const gpc_polygon none;
   if (!fit_grid(contours, none, &grid)) return XGWKB_E_INVALID_ARGUMENT;
-  cl::Clipper engine;
-  engine.AddPaths(to_paths(contours, grid), cl::ptSubject, true);
+  const cl::Paths paths = to_paths(contours, grid);
+  Engine engine;
+  engine.reserve_paths(paths.size());
+  engine.AddPaths(paths, cl::ptSubject, true);
   from_paths(solve(engine, cl::ctUnion, cl::pftPositive), grid, result);
   return XGWKB_OK;
 }
