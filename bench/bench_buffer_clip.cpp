@@ -1,7 +1,7 @@
 // Buffer and box clipping against GEOS on the same inputs.  Buffers: a random-walk linestring of
 // 1k and 10k unit steps and a 1k-vertex star polygon, at distances 1, 10 and 100 (GEOS with ten
 // segments per quadrant, the 40-gon our circles use).  Clipping: a 100k-vertex line and a
-// 100k-vertex polygon cut by a box over part of them (GEOS: GEOSClipByRect).  Labels give our
+// 100k-vertex polygon (spiky and smooth) cut by a box over part of them (GEOS: GEOSClipByRect).  Labels give our
 // result's area or length over GEOS's.
 #include <benchmark/benchmark.h>
 
@@ -16,7 +16,7 @@ namespace {
 
 using namespace xgbench;
 
-enum class Shape { kWalk, kPolygon, kWavyLine, kBigPolygon };
+enum class Shape { kWalk, kPolygon, kWavyLine, kBigPolygon, kSmoothPolygon };
 
 // A walk of n unit steps from the centre whose heading turns by up to half a radian a step (a
 // winding track that crosses itself now and then).
@@ -40,6 +40,8 @@ Bytes make(Shape s, std::size_t n) {
     case Shape::kPolygon:
     case Shape::kBigPolygon:
       return star_polygon(rng, kCx, kCy, 0.8 * kRadius, kRadius, n);
+    case Shape::kSmoothPolygon:  // radii within one sector's arc of each other: no spikes
+      return star_polygon(rng, kCx, kCy, kRadius * (1 - 2 * M_PI / static_cast<double>(n)), kRadius, n);
     case Shape::kWavyLine:
     default:
       return wavy_line(rng, kCx - kRadius, kCx + kRadius, kCy, 0.5 * kRadius, n);
@@ -53,7 +55,8 @@ struct Measure {
   xgtest::GeosOracle oracle;
   double of(GEOSGeometry* g) {
     double v = 0;
-    if (GEOSGeomTypeId_r(oracle.handle(), g) % 3 == 1) {
+    const int type = GEOSGeomTypeId_r(oracle.handle(), g);
+    if (type == GEOS_LINESTRING || type == GEOS_MULTILINESTRING) {
       GEOSLength_r(oracle.handle(), g, &v);  // line types
     } else {
       GEOSArea_r(oracle.handle(), g, &v);
@@ -155,7 +158,7 @@ void register_all() {
   const struct {
     const char* name;
     Shape shape;
-  } clips[] = {{"Line", Shape::kWavyLine}, {"Polygon", Shape::kBigPolygon}};
+  } clips[] = {{"Line", Shape::kWavyLine}, {"SpikyPolygon", Shape::kBigPolygon}, {"SmoothPolygon", Shape::kSmoothPolygon}};
   for (const auto& c : clips) {
     benchmark::RegisterBenchmark((std::string("BM_XgClip/") + c.name).c_str(), BM_XgClip, c.shape)
         ->Arg(100000)
