@@ -44,17 +44,94 @@ void add_circle(const _xgWKB_POINT& c, double d, std::vector<Contour>& pieces) {
   pieces.push_back(std::move(v));
 }
 
+// The part of the circle around p (radius h > 0) that the rectangles of its segments leave
+// uncovered.  A rectangle of length at least the circle's reach along it covers the half of the
+// circle on its side, so only the vertices outside every such half-plane are needed, with the
+// vertices on either side of them (the edges leaving that arc): the fan from p over those
+// vertices.  The union stays the same point set, with far fewer vertices where the line runs on
+// (only the outer side of each turn is left).  `dirs` holds the unit directions to the neighbours
+// and the segments' lengths; a circle no rectangle covers goes in whole.
+struct Neighbour {
+  double ux, uy, len;
+};
+
+void add_vertex_piece(const _xgWKB_POINT& p, double h, const Neighbour* dirs, int n_dirs,
+                      std::vector<Contour>& pieces) {
+  gpc_vertex v[kCircleSides];
+  circle_vertices(p, h, v);
+  Neighbour covering[2];
+  int n_cover = 0;
+  for (int k = 0; k < n_dirs; ++k) {
+    double reach = 0;
+    for (const gpc_vertex& q : v) reach = std::fmax(reach, (q.x - p.x) * dirs[k].ux + (q.y - p.y) * dirs[k].uy);
+    if (dirs[k].len >= reach) covering[n_cover++] = dirs[k];
+  }
+  const auto needed = [&](int k) {
+    const gpc_vertex& q = v[(k % kCircleSides + kCircleSides) % kCircleSides];
+    for (int c = 0; c < n_cover; ++c) {
+      if ((q.x - p.x) * covering[c].ux + (q.y - p.y) * covering[c].uy >= 0) return false;
+    }
+    return true;
+  };
+  int first = -1, last = -1;
+  if (n_cover > 0) {
+    int start = 0;  // a vertex that is not needed (every covering half-plane holds about half)
+    while (start < kCircleSides && needed(start)) ++start;
+    for (int k = start + 1; k < start + kCircleSides && n_cover > 0 && start < kCircleSides; ++k) {
+      if (!needed(k)) continue;
+      if (first < 0) first = k;
+      last = k;
+    }
+    if (first < 0 && n_cover == 2) {
+      // No vertex in the uncovered arc: it is narrower than a side and centred opposite the
+      // sum of the two directions (none when the line runs straight on).
+      const double cx = -(covering[0].ux + covering[1].ux), cy = -(covering[0].uy + covering[1].uy);
+      if (cx == 0 && cy == 0) return;
+      double best = -INFINITY;
+      for (int k = 0; k < kCircleSides; ++k) {
+        const double dot = (v[k].x - p.x) * cx + (v[k].y - p.y) * cy;
+        if (dot > best) {
+          best = dot;
+          first = last = k;
+        }
+      }
+    }
+  }
+  // Two vertices of margin on each side absorb the rounding of the tests.
+  if (first < 0 || last - first + 5 >= kCircleSides) {
+    pieces.emplace_back(v, v + kCircleSides);
+    return;
+  }
+  Contour fan{p};
+  for (int k = first - 2; k <= last + 2; ++k) fan.push_back(v[(k + kCircleSides) % kCircleSides]);
+  pieces.push_back(std::move(fan));
+}
+
 // The circles and rectangles of one run of points (a line or a ring), in order along it.  A
 // vertex repeating its predecessor adds nothing.
 void add_run_pieces(const PointRun& run, double d, std::vector<Contour>& pieces) {
-  const uint32_t n = run.size();
-  _xgWKB_POINT prev{};
-  for (uint32_t i = 0; i < n; ++i) {
+  const double h = std::fabs(d);
+  std::vector<_xgWKB_POINT> pts;
+  pts.reserve(run.size());
+  for (uint32_t i = 0; i < run.size(); ++i) {
     const _xgWKB_POINT p = run.point(i);
-    if (i > 0 && p.x == prev.x && p.y == prev.y) continue;
-    if (i > 0) add_rectangle(prev, p, std::fabs(d), pieces);
-    add_circle(p, d, pieces);
-    prev = p;
+    if (pts.empty() || p.x != pts.back().x || p.y != pts.back().y) pts.push_back(p);
+  }
+  const auto toward = [](const _xgWKB_POINT& from, const _xgWKB_POINT& to) {
+    const double dx = to.x - from.x, dy = to.y - from.y, len = std::hypot(dx, dy);
+    return Neighbour{dx / len, dy / len, len};
+  };
+  for (std::size_t i = 0; i < pts.size(); ++i) {
+    if (i > 0) add_rectangle(pts[i - 1], pts[i], h, pieces);
+    Neighbour dirs[2];
+    int n = 0;
+    if (i > 0) dirs[n++] = toward(pts[i], pts[i - 1]);
+    if (i + 1 < pts.size()) dirs[n++] = toward(pts[i], pts[i + 1]);
+    if (h > 0) {
+      add_vertex_piece(pts[i], h, dirs, n, pieces);
+    } else {
+      add_circle(pts[i], d, pieces);
+    }
   }
 }
 
