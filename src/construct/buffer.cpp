@@ -22,8 +22,8 @@ namespace xg {
 namespace {
 
 // Pieces united in one engine call at the leaves of the tree, and group results per call above.
-constexpr std::size_t kLeafPieces = 24;
-constexpr std::size_t kFanIn = 8;
+constexpr std::size_t kLeafPieces = 64;
+constexpr std::size_t kFanIn = 16;
 
 using Contour = std::vector<gpc_vertex>;
 
