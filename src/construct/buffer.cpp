@@ -75,9 +75,11 @@ void add_vertex_piece(const _xgWKB_POINT& p, double h, const Neighbour* dirs, in
   };
   int first = -1, last = -1;
   if (n_cover > 0) {
-    int start = 0;  // a vertex that is not needed (every covering half-plane holds about half)
+    // A vertex that is not needed: every covering half-plane holds about half of them.  The
+    // needed ones follow it as one run, since the uncovered directions form one arc.
+    int start = 0;
     while (start < kCircleSides && needed(start)) ++start;
-    for (int k = start + 1; k < start + kCircleSides && n_cover > 0 && start < kCircleSides; ++k) {
+    for (int k = start + 1; k < start + kCircleSides; ++k) {
       if (!needed(k)) continue;
       if (first < 0) first = k;
       last = k;
