@@ -134,7 +134,7 @@ TEST(Buffer, BadInputGivesAStatusAndStoresNothing) {
   const Bytes line = linestring({{0, 0}, {kNaN, 1}});
   const Bytes bad_multi = multi(XGWKB_TYPE_MULTIPOINT, {linestring({{0, 0}, {1, 1}})});
   const Bytes text = header(XGWKB_TYPE_SINGLETEXT);
-  const Bytes pt = point(0, 0);
+  const Bytes pt = point(0, 0), nil_shape = nil();
   const struct {
     const char* name;
     const unsigned char* shape;
@@ -142,7 +142,7 @@ TEST(Buffer, BadInputGivesAStatusAndStoresNothing) {
     int32_t status;
   } cases[] = {
       {"null", nullptr, 1, XGWKB_E_NULL_POINTER},
-      {"nil", nil().data(), 1, XGWKB_E_INVALID_ENTITY},
+      {"nil", nil_shape.data(), 1, XGWKB_E_INVALID_ENTITY},
       {"annotation", text.data(), 1, XGWKB_E_INVALID_ENTITY},
       {"foreign member", bad_multi.data(), 1, XGWKB_E_INVALID_ENTITY},
       {"NaN coordinate", line.data(), 1, XGWKB_E_INVALID_ARGUMENT},
@@ -159,7 +159,6 @@ TEST(Buffer, BadInputGivesAStatusAndStoresNothing) {
 
 TEST(Clip, PointsLinesAndPolygonsAgainstTheBox) {
   const Bytes box = envelope(0, 0, 10, 10);
-  const Bytes nil_shape = nil();
   const struct {
     const char* name;
     Bytes shape;
