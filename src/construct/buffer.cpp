@@ -190,6 +190,7 @@ int32_t write_region(gpc_polygon* region, byte** out) {
 }
 
 int32_t point_buffer(const byte* point, double d, double m, byte** out) {
+  // Below the minimum radius a point stores null while the other types write nothing: intended.
   if (d < m) {
     *out = nullptr;
     return XGWKB_OK;

