@@ -250,6 +250,15 @@ const Ring kLinePoints = [] {
   all.insert(all.end(), kCrossLine.begin(), kCrossLine.end());
   return all;
 }();
+// Inputs of buffer and clipping.
+const Bytes kPoint = point(1, 2);
+const Bytes kSmallSquare = polygon({square(0, 0, 10)});
+const Bytes kCrossing = linestring({{-5, 5}, {15, 5}, {15, 8}, {5, 8}});
+const Bytes kClipBox = [] {
+  Bytes b = header(XGWKB_TYPE_ENVELOPE);
+  for (double v : {-50.0, -50.0, 50.0, 50.0}) put_f64(b, v);
+  return b;
+}();
 const unsigned char* const kCombined[] = {kPolygon.data(), kMultiPolygon.data()};
 const _xgWKB_POINT kAt{1, 2}, kAxisA{0, 0}, kAxisB{1, 1};
 const _xgWKB_BOX kBox{0, 0, 10, 10};
@@ -346,6 +355,24 @@ TEST(AllocFailure, EveryAllocatingExportAnswersOutOfMemoryAndLeaksNothing) {
          return xgWKB_shape_check_WKBdata(poly, &status) == 1 ? status : status - 1000;
        },
        0, xg::kOutOfMemory - 1000, Result::kNone},
+      {"generate_buffer point", [&](auto o) { return xgWKB_shape_generate_buffer(kPoint.data(), 2, o, 0); }},
+      {"generate_buffer line", [&](auto o) { return xgWKB_shape_generate_buffer(kCrossing.data(), 1, o, 0); }},
+      {"generate_buffer polygon", [&](auto o) { return xgWKB_shape_generate_buffer(kSmallSquare.data(), -1, o, 0); }},
+      {"clip polygon", [&](auto o) { return xgWKB_shape_clip(poly, kClipBox.data(), o, 1e-9); }},
+      {"clip line", [&](auto o) { return xgWKB_shape_clip(kLine.data(), kClipBox.data(), o, 1e-9); }},
+      {"clip multipoint", [&](auto o) { return xgWKB_shape_clip(kMultiPoint.data(), kClipBox.data(), o, 1e-9); }},
+      // Both pieces handed out as one answer: 0 with *o the inside pieces (the outside freed),
+      // the out-of-memory status when the call failed with the pieces untouched.
+      {"ClipLinestringPolygon",
+       [&](auto o) {
+         _xgWKB_LINE_PIECES p{nullptr, nullptr};
+         if (xgWKB_shape_ClipLinestringPolygon(kCrossing.data(), kSmallSquare.data(), &p, 1e-9) != 1) {
+           return p.inside == nullptr && p.outside == nullptr ? xg::kOutOfMemory : int32_t{-999};
+         }
+         std::free(p.outside);
+         *o = p.inside;
+         return int32_t{XGWKB_OK};
+       }},
       predicate("is_disjoint", xgWKB_shape_is_disjoint, kPolygon, kOverlapping, 0),
       predicate("is_intersecting", xgWKB_shape_is_intersecting, kPolygon, kOverlapping, 1),
       predicate("is_within", xgWKB_shape_is_within, kSmall, kPolygon, 1),

@@ -124,6 +124,16 @@ TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines)
       {"intersection -a 'linestring (0 0,1 0)' -b 'linestring (0 5,1 5)'", "", "none\n"},
       {"union -a 'point (1 2)' -b 'polygon ((0 0,4 0,4 4,0 4,0 0))'", "", "", 1, "status -134"},
       // Buffer and clipping
+      {"buffer -1 -a 'polygon ((0 0,10 0,10 10,0 10,0 0))'", "",
+       "multipolygon (((9.000000 9.000000,1.000000 9.000000,1.000000 1.000000,9.000000 1.000000,9.000000 9.000000)))\n"},
+      {"buffer 1 2 -a 'point (0 0)'", "", "none\n"},  // below the minimum radius
+      {"clip 0 0 10 10", "point (10 3)\nlinestring (1 1,5 15,9 1)\nlinestring (-5 -5,-1 -1)\n",
+       "point (10.000000 3.000000)\n"
+       "multilinestring ((1.000000 1.000000,3.571429 10.000000),(6.428571 10.000000,9.000000 1.000000))\nnil\n"},
+      {"cutline -a 'linestring (-5 5,15 5)'" + square, "",
+       "multilinestring ((0.000000 5.000000,10.000000 5.000000))\n"
+       "multilinestring ((-5.000000 5.000000,0.000000 5.000000),(10.000000 5.000000,15.000000 5.000000))\n"},
+      {"cutline -a 'point (1 1)'" + square, "", "", 1, "status -1"},
       // Hull, distance and merge
       {"hull -a 'multipoint (0 0,1 0,2 0)'", "", "linestring (2.000000 0.000000,0.000000 0.000000)\n"},
       {"distance -b 'point (3 4)'", "point (0 0)\nmultipoint (9 9,0.3 4)\n", "5\n2.7\n"},

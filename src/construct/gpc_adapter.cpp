@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <unordered_map>
 
 #include "xggeokit.h"
@@ -386,11 +387,12 @@ class Engine : public cl::Clipper {
     AddPaths(paths, type, true);
   }
 
-  // Runs one operation with even-odd fill on both operands.  The engine catches every exception
-  // of its own run, running out of memory among them, and answers false; that becomes
-  // std::bad_alloc again here, so that the export reports it rather than a partial result.
-  void run(cl::ClipType type, cl::Paths* solution) {
-    if (!Execute(type, *solution, cl::pftEvenOdd, cl::pftEvenOdd)) throw std::bad_alloc();
+  // Runs one operation with the given fill on both operands (even-odd, as the overlay uses).  The
+  // engine catches every exception of its own run, running out of memory among them, and answers
+  // false with an empty solution; on closed paths inside the grid that can only be memory running
+  // out, so it becomes std::bad_alloc again here rather than being taken for an empty result.
+  void run(cl::ClipType type, cl::Paths* solution, cl::PolyFillType fill = cl::pftEvenOdd) {
+    if (!Execute(type, *solution, fill, fill)) throw std::bad_alloc();
   }
 };
 
@@ -406,9 +408,9 @@ bool hole_along_outer(const cl::Paths& paths) {
 }
 
 // The engine's result for one operation, with its rings repaired (see above).
-cl::Paths solve(Engine& engine, cl::ClipType type) {
+cl::Paths solve(Engine& engine, cl::ClipType type, cl::PolyFillType fill = cl::pftEvenOdd) {
   cl::Paths solution;
-  engine.run(type, &solution);
+  engine.run(type, &solution, fill);
   if (hole_along_outer(solution)) {
     // The same region once more through the engine, which then joins such holes to their outer.
     Engine again;
@@ -488,6 +490,18 @@ int32_t three_way_polygon_clip(const gpc_polygon& subject, const gpc_polygon& cl
   swapped.add(c, cl::ptSubject);
   swapped.add(s, cl::ptClip);
   run(swapped, cl::ctDifference, grid, clip_only);
+  return XGWKB_OK;
+}
+
+int32_t gpc_union_winding(const gpc_polygon& contours, gpc_polygon* result) {
+  gpc_free_polygon(result);
+  Grid grid;
+  const gpc_polygon none;
+  if (!fit_grid(contours, none, &grid)) return XGWKB_E_INVALID_ARGUMENT;
+  const cl::Paths paths = to_paths(contours, grid);
+  Engine engine;
+  engine.add(paths, cl::ptSubject);
+  from_paths(solve(engine, cl::ctUnion, cl::pftPositive), grid, result);
   return XGWKB_OK;
 }
 
