@@ -3,7 +3,8 @@
 //
 // Every all-pairs walk of the relation layer goes through these two functions.  Small inputs
 // are paired by a plain double loop; larger ones by a sort-and-sweep over the segments' x
-// extents, which offers only pairs whose boxes overlap in x and then tests y.  Callers must not
+// extents, which offers only pairs whose boxes overlap in x and then tests y; between two runs
+// only the segments near the other run's box take part.  Callers must not
 // depend on the order in which pairs are visited.  Pairs whose boxes are apart by more than t
 // are never offered.
 #ifndef XGGEO_RELATE_SEGMENT_PAIRS_H
@@ -28,12 +29,29 @@ struct SegmentKey {
 
 using SegmentKeys = SmallVec<SegmentKey, 64>;
 
+inline void sort_segment_keys(SegmentKeys& keys) {
+  std::sort(keys.begin(), keys.end(),
+            [](const SegmentKey& l, const SegmentKey& r) { return l.box.minx < r.box.minx; });
+}
+
 // The boxes of a run's segments, sorted by their left edge.
 inline void sorted_segment_keys(const Span& s, SegmentKeys& keys) {
   keys.reserve(s.segments());
   for (uint32_t i = 0; i + 1 < s.n; ++i) keys.push_back(SegmentKey{segment_box(s.p[i], s.p[i + 1]), i});
-  std::sort(keys.begin(), keys.end(),
-            [](const SegmentKey& l, const SegmentKey& r) { return l.box.minx < r.box.minx; });
+  sort_segment_keys(keys);
+}
+
+// The boxes of a run's segments that come within t of `window`, sorted by their left edge.  A
+// segment farther from the other run's box than t meets none of its segments' boxes, so pairing
+// two runs needs only the segments in the window shared by both: two large shapes whose boxes
+// overlap in a corner are paired at the cost of that corner.
+inline void sorted_segment_keys_in(const Span& s, const _xgWKB_BOX& window, double t,
+                                   SegmentKeys& keys) {
+  for (uint32_t i = 0; i + 1 < s.n; ++i) {
+    const _xgWKB_BOX box = segment_box(s.p[i], s.p[i + 1]);
+    if (boxes_meet(box, window, t)) keys.push_back(SegmentKey{box, i});
+  }
+  sort_segment_keys(keys);
 }
 
 // Offers key k every key still active in `active` whose box meets k's, dropping those that end
@@ -72,8 +90,8 @@ bool any_segment_pair(const Span& a, const Span& b, double t, F&& f) {
     return false;
   }
   detail::SegmentKeys ka, kb;
-  detail::sorted_segment_keys(a, ka);
-  detail::sorted_segment_keys(b, kb);
+  detail::sorted_segment_keys_in(a, b.box, t, ka);
+  detail::sorted_segment_keys_in(b, a.box, t, kb);
   SmallVec<uint32_t, 32> active_a, active_b;
   std::size_t ia = 0, ib = 0;
   while (ia < ka.size() || ib < kb.size()) {
