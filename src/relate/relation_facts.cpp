@@ -145,14 +145,23 @@ Loc RelateOperand::locate_areal(const _xgWKB_POINT& p, double t, EdgeHit* hit) c
       if (const RingIndex* index = index_for(r, p, t)) {
         // Every edge near p or crossing its horizontal is offered.  The plain loop below stops at
         // the first edge near p (the lowest-numbered one); the parity does not depend on order.
+        // Edges wholly beyond reach of p on one side are passed over, the parity mended as in
+        // indexed_ring_relation (ring_index.cpp).
         uint32_t best = ring.n;
-        index->edges_at(p.y, [&](uint32_t j) {
+        bool crossings = false;
+        bool skipped_right = false;
+        index->edges_at_side(p.y, p.x, index->reach_for(p.x), &skipped_right, [&](uint32_t j) {
           const _xgWKB_POINT& a = ring.p[j];
           const _xgWKB_POINT& b = ring.p[j + 1];
           if (j < best && near_edge(p, a, b, t)) best = j;
           if (crosses_right(p, a, b)) odd = !odd;
+          if ((a.y > p.y) != (b.y > p.y)) crossings = !crossings;
           return false;
         });
+        if (skipped_right) {
+          const bool all = (ring.p[0].y > p.y) != (ring.p[ring.n - 1].y > p.y);
+          odd = all != (crossings != odd);
+        }
         if (best < ring.n) {
           if (hit) *hit = EdgeHit{ring.p[best], ring.p[best + 1], interior_left(r)};
           return kOn;
