@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "relate/planar.h"
 #include "relate/segment_pairs.h"
@@ -253,7 +254,9 @@ class ContactWalk {
       for (uint32_t ry = 0; ry < ys.run_count(); ++ry) {
         const Span& b = ys.run(ry);
         if (b.n == 1) {  // a lone point of a degenerate member
-          for (uint32_t i = 0; i + 1 < a.n; ++i) add_point_contact(base + i, a.p[i], a.p[i + 1], b.p[0]);
+          for (uint32_t i = 0; i + 1 < a.n; ++i) {
+            add_point_contact(base + i, a.p[i], a.p[i + 1], b.p[0], contacts_.size());
+          }
           if (settled()) return true;
           continue;
         }
@@ -270,26 +273,41 @@ class ContactWalk {
     return false;
   }
 
+  // Adds c unless one of the contacts from `from` on is the very same (the walk would pass over
+  // it without effect: a stretch of length 0 and facts already noted).  A segment meeting its
+  // twin or a neighbour finds each shared end twice, once from either segment.
+  void push_contact(const Contact& c, std::size_t from) {
+    for (std::size_t i = from; i < contacts_.size(); ++i) {
+      const Contact& o = contacts_[i];
+      if (o.seg == c.seg && std::memcmp(&o.u, &c.u, sizeof c.u) == 0 &&
+          std::memcmp(&o.on_second, &c.on_second, sizeof c.on_second) == 0) {
+        return;
+      }
+    }
+    contacts_.push_back(c);
+  }
+
   void add_point_contact(uint32_t seg, const _xgWKB_POINT& p, const _xgWKB_POINT& q,
-                         const _xgWKB_POINT& c) {
-    if (near_segment(c, p, q, t_)) contacts_.push_back(Contact{seg, project(c, p, q), c});
+                         const _xgWKB_POINT& c, std::size_t from) {
+    if (near_segment(c, p, q, t_)) push_contact(Contact{seg, project(c, p, q), c}, from);
   }
 
   // Everything segment (p, q) of x and segment (c, d) of y have within t of each other: ends of
   // either near the other, and a crossing of their interiors.
   void add_contacts(uint32_t seg, const _xgWKB_POINT& p, const _xgWKB_POINT& q,
                     const _xgWKB_POINT& c, const _xgWKB_POINT& d) {
-    add_point_contact(seg, p, q, c);
-    add_point_contact(seg, p, q, d);
-    if (near_segment(p, c, d, t_)) contacts_.push_back(Contact{seg, 0, lerp(c, d, project(p, c, d))});
-    if (near_segment(q, c, d, t_)) contacts_.push_back(Contact{seg, 1, lerp(c, d, project(q, c, d))});
+    const std::size_t from = contacts_.size();
+    add_point_contact(seg, p, q, c, from);
+    add_point_contact(seg, p, q, d, from);
+    if (near_segment(p, c, d, t_)) push_contact(Contact{seg, 0, lerp(c, d, project(p, c, d))}, from);
+    if (near_segment(q, c, d, t_)) push_contact(Contact{seg, 1, lerp(c, d, project(q, c, d))}, from);
     const double s1 = cross3(p, q, c);
     const double s2 = cross3(p, q, d);
     const double s3 = cross3(c, d, p);
     const double s4 = cross3(c, d, q);
     if (((s1 > 0 && s2 < 0) || (s1 < 0 && s2 > 0)) && ((s3 > 0 && s4 < 0) || (s3 < 0 && s4 > 0))) {
       const double u = s3 / (s3 - s4);
-      contacts_.push_back(Contact{seg, u, lerp(p, q, u)});
+      push_contact(Contact{seg, u, lerp(p, q, u)}, from);
     }
   }
 
