@@ -10,7 +10,7 @@
 // over 10 s at anything but sublinear growth, and is reported so without running it.
 //
 // Usage: bench_growth [max_size]   (default 1000000; sizes are 1k, 10k, 100k, 1M up to it)
-// Times are per call, the median-free mean of as many calls as fit in about 0.2 s.  The machine
+// Times are per call: the mean of as many calls as fit in about 0.2 s (at least one).  The machine
 // is shared, so absolute times are noisy; ratios between columns of one run are the figures to
 // read.
 #include <geos_c.h>
