@@ -98,7 +98,8 @@ bool shape_points_box(const byte* shape, _xgWKB_BOX* box) {
       return true;
     case XGWKB_TYPE_MULTILINESTRING:
     case XGWKB_TYPE_MULTIPOLYGON:
-      return for_each_member(shape, [&](const byte* m, uint32_t) { grow_by_lineal_or_areal(m, box); });
+      return for_each_member(shape,
+                             [&](const byte* m, uint32_t) { grow_by_lineal_or_areal(m, box); });
     default:
       return false;
   }
