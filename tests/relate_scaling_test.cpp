@@ -56,14 +56,36 @@ Ring random_run(Rng& rng, int n, double extent, double t, bool closed) {
 xg::Span span(const Ring& r) { return xg::make_span(r.data(), static_cast<uint32_t>(r.size())); }
 
 Pairs all_pairs(const xg::Span& a, const xg::Span& b, double t) {
+  std::vector<_xgWKB_BOX> boxes;
+  for (uint32_t j = 0; j + 1 < b.n; ++j) boxes.push_back(xg::segment_box(b.p[j], b.p[j + 1]));
   Pairs p;
   for (uint32_t i = 0; i + 1 < a.n; ++i) {
-    for (uint32_t j = 0; j + 1 < b.n; ++j) {
-      if (xg::boxes_meet(xg::segment_box(a.p[i], a.p[i + 1]), xg::segment_box(b.p[j], b.p[j + 1]), t))
-        p.insert({i, j});
+    const _xgWKB_BOX box = xg::segment_box(a.p[i], a.p[i + 1]);
+    for (uint32_t j = 0; j < boxes.size(); ++j) {
+      if (xg::boxes_meet(box, boxes[j], t)) p.insert({i, j});
     }
   }
   return p;
+}
+
+// Large runs facing each other across a diagonal gap are swept along the diagonal: the same
+// pairs again.
+TEST(SegmentPairsTest, DiagonalSweepOffersExactlyThePairsTheDoubleLoopDoes) {
+  Rng rng(17);
+  for (int trial = 0; trial < 2; ++trial) {
+    const double t = kTolerances[trial + 1];
+    const double gap = 43.5;  // apart, boxes overlapping in a corner; the gap along x + y or x - y
+    const Ring a = star_ring(rng, {kX0, kY0}, 24, 30, 15000);
+    const Ring b = star_ring(rng, {kX0 + gap, kY0 + (trial % 2 ? gap : -gap)}, 24, 30, 15000);
+    Pairs seen;
+    bool twice = false;
+    xg::any_segment_pair(span(a), span(b), t, [&](uint32_t i, uint32_t j) {
+      twice = twice || !seen.insert({i, j}).second;
+      return false;
+    });
+    EXPECT_FALSE(twice) << trial;
+    EXPECT_EQ(seen, all_pairs(span(a), span(b), t)) << trial;
+  }
 }
 
 // The sweep (with its window on the other run's box) offers each pair whose boxes meet, once.
