@@ -200,8 +200,11 @@ int32_t indexed_locate_on_run(const _xgWKB_POINT& p, const Span& run, double t) 
   // The plain walk answers with its first hit.  Ranked in its order (vertex i as 2i, the
   // segment ending at vertex i as 2i + 1), the answer is the lowest-ranked hit.  A vertex equal
   // to p within t is offered with its edges: their y-ranges are grown by more than t.
+  // Only edges within reach of p can hold it (reach_for covers every edge's touch margin, which
+  // exceeds t), so the query is the box of p grown by that reach rather than p's whole band.
   uint64_t best = std::numeric_limits<uint64_t>::max();
-  run.index->edges_at(p.y, [&](uint32_t j) {
+  const _xgWKB_BOX at{p.x, p.y, p.x, p.y};
+  run.index->edges_near(at, run.index->reach_for(p.x), [&](uint32_t j) {
     const uint64_t rank = 2 * uint64_t{j};
     if (rank < best && wkb_point_equal_tol(p, run.p[j], t)) best = rank;
     if (rank + 2 < best && wkb_point_equal_tol(p, run.p[j + 1], t)) best = rank + 2;
