@@ -368,6 +368,12 @@ class BlobWriter {
 // Box of a counted point run; an empty run gives the zero box.  Returns 0.
 int32_t wkb_points_extent(const byte* run, _xgWKB_BOX* box);
 
+// Box of every point of a linestring, polygon, multilinestring or multipolygon, read straight
+// from the blob in one pass.  Coordinates that are NaN are passed over; a shape without points
+// gives the inverted box (+inf, +inf, -inf, -inf).  False, with *box unspecified, for any other
+// type or a multi-type holding a member of a foreign type.
+bool shape_points_box(const byte* shape, _xgWKB_BOX* box);
+
 // 1 when a and b differ by strictly less than t on both axes, else 0.  Strict on purpose: with
 // t = 0 no two points are equal (not even a point and itself), and a difference of exactly t is
 // not equal either.  The point primitive and every tolerance test of the library use this rule.
