@@ -16,7 +16,7 @@
 namespace {
 
 void expect_as_to_chars(double v) {
-  char ours[xg::kMaxShortestLength], theirs[40];
+  char ours[xg::kShortestRoom], theirs[40];
   const std::string a(ours, xg::write_shortest(ours, v));
   const std::string b(theirs, std::to_chars(theirs, theirs + sizeof theirs, v).ptr);
   ASSERT_EQ(a, b) << std::hexfloat << v;

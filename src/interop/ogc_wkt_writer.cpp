@@ -19,6 +19,7 @@ namespace {
 // a pair adds the separators.
 constexpr std::size_t kMaxNumber = 330;
 constexpr std::size_t kMaxPair = 2 * kMaxNumber + 4;
+static_assert(kMaxNumber >= kShortestRoom, "a number may use all the room write_shortest needs");
 // Room for the keywords, parentheses and "EMPTY" that may follow a member header of 5 bytes.
 constexpr std::size_t kMaxWords = 32;
 

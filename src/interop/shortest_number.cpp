@@ -39,7 +39,7 @@ constexpr char kDigitPairs[] =
     "8081828384858687888990919293949596979899";
 
 // The eight digits of x < 10^8 at p, zeros in front: two independent halves, two digits a step.
-void write8(char* p, uint32_t x) {
+[[gnu::always_inline]] inline void write8(char* p, uint32_t x) {
   const uint32_t a = x / 10000, b = x % 10000;
   std::memcpy(p, kDigitPairs + 2 * (a / 100), 2);
   std::memcpy(p + 2, kDigitPairs + 2 * (a % 100), 2);
@@ -105,15 +105,18 @@ char* write_fraction(char* at, double v) {
   const uint64_t m = (bits & ((uint64_t{1} << 52) - 1)) | (uint64_t{1} << 52);
   const int s = 1075 - exponent;  // v = m / 2^s
   if (s < 1 || s > 62 || m == uint64_t{1} << 52) return nullptr;
-  const int shift = s + 1;
-  const u128 mask = (u128{1} << shift) - 1;
+  const int shift = s + 1;  // 2 <= shift <= 63
+  // x / 2^shift for the x below, whose quotients stay under 2^58 (about 2 v 10^q with at most
+  // seventeen significant digits): two word shifts, no test for shifts of 64 and more.
+  auto over = [shift](u128 x) {
+    return (static_cast<uint64_t>(x >> 64) << (64 - shift)) | (static_cast<uint64_t>(x) >> shift);
+  };
   // Whether some multiple of 10^-q lies inside the interval: an integer in
   // ((2m-1) 10^q, (2m+1) 10^q] / 2^shift.  An edge is itself such a multiple only when 2^shift
   // divides 10^q, that is when shift <= q; those q are left to std::to_chars below.
   auto fits = [&](int q) {
     const u128 lo = static_cast<u128>(2 * m - 1) * kPow10[q];
-    const u128 hi = static_cast<u128>(2 * m + 1) * kPow10[q];
-    return (hi >> shift) > (lo >> shift);
+    return over(lo + 2 * static_cast<u128>(kPow10[q])) > over(lo);
   };
   // The fewest decimals.  Seventeen significant digits always suffice: qmax decimals, with
   // the integer digits (or the zeros after the point) counted from the magnitude.  Most
@@ -126,29 +129,31 @@ char* write_fraction(char* at, double v) {
   } else {
     qmax += magnitude < 0.1 ? (magnitude < 0.01 ? 2 : 1) : 0;
   }
-  int q = qmax;
-  if (qmax >= 1 && fits(qmax - 1)) {
-    q = qmax - 1;
-    if (qmax >= 2 && fits(qmax - 2)) {
-      int low = 0, high = qmax - 2;  // fits(high); no q below low fits
-      while (low < high) {
-        const int mid = (low + high) / 2;
-        if (fits(mid)) high = mid;
-        else low = mid + 1;
-      }
-      q = high;
+  // Both tried without a branch between them: which of the two it is is a coin toss for
+  // full-precision data, and a mispredicted branch would cost more than the second test.
+  const bool sixteen = qmax >= 1 && fits(qmax - 1);
+  const bool fifteen = qmax >= 2 && fits(qmax - 2);  // implies sixteen
+  int q = qmax - static_cast<int>(sixteen) - static_cast<int>(fifteen);
+  if (fifteen) {
+    int low = 0, high = q;  // fits(high); no q below low fits
+    while (low < high) {
+      const int mid = (low + high) / 2;
+      if (fits(mid)) high = mid;
+      else low = mid + 1;
     }
+    q = high;
   }
   if (shift <= q) return nullptr;
-  const u128 scaled = static_cast<u128>(2 * m) * kPow10[q];
-  uint64_t d = static_cast<uint64_t>(scaled >> shift);
-  const u128 rest = scaled & mask;
-  const u128 half = u128{1} << (shift - 1);
+  const u128 lo = static_cast<u128>(2 * m - 1) * kPow10[q];
+  const u128 scaled = lo + kPow10[q];  // 2m 10^q
+  uint64_t d = over(scaled);
+  const uint64_t rest = static_cast<uint64_t>(scaled) & ((uint64_t{1} << shift) - 1);
+  const uint64_t half = uint64_t{1} << (shift - 1);
   if (rest == half) return nullptr;
   if (rest > half) ++d;
-  // Closest multiple inside the interval: the interval is symmetric about v here.
-  const u128 dd = static_cast<u128>(d) << shift;
-  if (dd <= static_cast<u128>(2 * m - 1) * kPow10[q] || dd >= static_cast<u128>(2 * m + 1) * kPow10[q]) return nullptr;
+  // The closest multiple lies inside the interval (symmetric about v here); with no edge an
+  // integer, k is inside when floor(lo) < k <= floor(hi).
+  if (d <= over(lo) || d > over(scaled + kPow10[q])) return nullptr;
 
   if (std::signbit(v)) *at++ = '-';
   // The integer part is that of v unless rounding carried into it (9.99... to 10).
@@ -162,7 +167,15 @@ char* write_fraction(char* at, double v) {
   write_digits(at + integer_digits, integer, integer_digits);
   at += integer_digits;
   *at++ = '.';
-  write_digits(at + q, fraction, q);
+  if (q <= 16) {
+    // Sixteen digits in two fixed blocks, the fraction's q first; the rest is scribble past the
+    // end of the text (a fraction of varying length would cost a mispredicted loop).
+    const uint64_t padded = fraction * kPow10[16 - q];
+    write8(at, static_cast<uint32_t>(padded / 100000000));
+    write8(at + 8, static_cast<uint32_t>(padded % 100000000));
+  } else {
+    write_digits(at + q, fraction, q);
+  }
   return at + q;
 }
 

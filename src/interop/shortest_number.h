@@ -9,7 +9,11 @@ namespace xg {
 
 // Longest text write_shortest writes ("-2.2250738585072014e-308").
 constexpr std::size_t kMaxShortestLength = 24;
-// Writes at `at` (room for kMaxShortestLength characters) exactly what
+// Room write_shortest needs at `at`: it writes a fraction's digits in fixed blocks and may
+// scribble past the end of the text it returns.
+constexpr std::size_t kShortestRoom = 40;
+
+// Writes at `at` (room for kShortestRoom characters) exactly what
 // std::to_chars(first, last, v) writes: the fewest significant digits that read back to v, the
 // closest to v among them, in fixed notation unless scientific is strictly shorter.  Returns the
 // end; no terminating zero.
