@@ -78,18 +78,31 @@ class OgcWriter {
     }
   }
 
-  // Long runs are the bulk of the work: one test for room per pair, numbers written in place.
+  // Long runs are the bulk of the work: one test for room per pair, numbers written in place
+  // through a local pointer (stores through char* could otherwise alias the members and force
+  // them to be reloaded after every character).
   bool run(PointRun r) {
     const uint32_t n = r.size();
     if (n == 0) return put("EMPTY");
+    char* at = text_ + used_;
+    // Below limit there is room for a pair and the terminating zero, as room(kMaxPair) asks.
+    std::size_t limit = capacity_ > kMaxPair ? capacity_ - kMaxPair : 0;
     for (uint32_t i = 0; i < n; ++i) {
-      if (!room(kMaxPair)) return false;
-      char* at = text_ + used_;
+      if (static_cast<std::size_t>(at - text_) >= limit) {
+        used_ = static_cast<std::size_t>(at - text_);
+        if (!room(kMaxPair)) return false;
+        at = text_ + used_;
+        limit = capacity_ - kMaxPair;
+      }
       *at = i == 0 ? '(' : ',';
       at[1] = ' ';
-      used_ += i == 0 ? 1 : 2;
-      pair(r.point(i));
+      at += i == 0 ? 1 : 2;
+      const _xgWKB_POINT p = r.point(i);
+      at = number(at, p.x);
+      *at++ = ' ';
+      at = number(at, p.y);
     }
+    used_ = static_cast<std::size_t>(at - text_);
     return put(")");
   }
 
