@@ -178,8 +178,8 @@ TEST(InteropCorpus, DialectPrefixesStopAtTheEndAndFlipsAgreeWithTheOriginalReade
     }
     for (int i = 0; i < 400; ++i) {
       Bytes bad = flipped(Bytes(valid.begin(), valid.end() - 1), rng);
-      const std::size_t len = std::strlen(reinterpret_cast<const char*>(bad.data()));  // a flip may put a zero in
       bad.push_back(0);
+      const std::size_t len = std::strlen(reinterpret_cast<const char*>(bad.data()));  // a flip may put a zero in
       exact(bad.data(), bad.size(), [&](const unsigned char* p, std::size_t) { agree(reinterpret_cast<const char*>(p), len); });
     }
   }
