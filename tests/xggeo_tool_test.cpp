@@ -121,6 +121,15 @@ TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines)
        "1\n", 1, "stdin:1 feature 2: offset 114: status -199"},
       {"type", "{\"type\":\"LineString\",\"coordinates\":[[0,0],[1]]}\n", "", 1, "stdin:1: offset 35: status -204"},
       {"type", "{\"type\":\"Point\",\"bbox\":[0,0,1,1]}\n", "", 1, "stdin:1: offset 32: status -204"},  // no coordinates
+      // The JSON grammar's faults, each at its first offending character.
+      {"type", "{\"type\":\"Point\",\"coordinates\":[1,2]} x\n", "", 1, "stdin:1: offset 37: status -204"},
+      {"type", "{\"type\":\"Point\",\"coordinates\":[01,2]}\n", "", 1, "stdin:1: offset 32: status -204"},
+      {"type", "{\"type\":\"Po\\int\",\"coordinates\":[1,2]}\n", "", 1, "stdin:1: offset 12: status -204"},
+      {"type", "{\"type\":\"Point\",\"coordinates\":[1,2],}\n", "", 1, "stdin:1: offset 36: status -204"},
+      {"type", "{\"type\":\"Point\",\"coordinates\":[1.,2]}\n", "", 1, "stdin:1: offset 33: status -204"},
+      {"type", "{\"type\":\"Point\",\"coordinates\":[1,2]\n", "", 1, "stdin:1: offset 35: status -204"},
+      {"type", "{\"type\":\"Point\",\"coordinates\":[tru,2]}\n", "", 1, "stdin:1: offset 34: status -204"},
+      {"type", "{\"type\":\"GeometryCollection\",\"geometries\":[]}\n", "", 1, "stdin:1: offset 8: status -207"},
       {"type", "point (1 2)\nlinestring (0 0,1 1))\n", "1\n", 1,
        "stdin:2: offset 20: not a text in the library's WKT dialect"},
       {"extent -1 -a 'polygon ((0 0,1 0,0 0))'", "", "", 1, "status -135"},  // a number, not an option
