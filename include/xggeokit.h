@@ -757,6 +757,14 @@ XGGEO_API int32_t xgWKB_shape_from_ogc_wkt(const char *text, uint32_t flags, uns
 XGGEO_API int32_t xgWKB_shape_from_ogc_wkt_ex(const char *text, uint32_t flags, unsigned char **out,
                                               size_t *error_offset) XGGEO_NOEXCEPT;
 
+/* Reads a text in the library's own WKT dialect (see "Well-Known Text") as
+ * xgWKB_shape_generate_from_WKT does, but reports a text the dialect does not allow: returns 0
+ * with a new shape in *out (release with xgWKB_shape_free), -65 (text or out null), -27 a first
+ * word other than the six geometry keywords (*error_offset 0), -204 the text does not follow the
+ * dialect, with the byte offset where the reader stopped in *error_offset (which may be null),
+ * -1 out of memory.  On failure nothing is allocated and *out is untouched. */
+XGGEO_API int32_t xgWKB_shape_from_WKT_ex(const char *text, unsigned char **out, size_t *error_offset) XGGEO_NOEXCEPT;
+
 /* Writes a shape of type 1-6 as OGC WKT: upper-case keywords, ", " between points, multipoints
  * as MULTIPOINT ((x y), ...), parts without points as EMPTY; the nil shape gives POINT EMPTY.
  * precision -1 writes each coordinate with the fewest digits that read back to the same double,
