@@ -14,7 +14,6 @@
 #include <cstring>
 
 #if defined(__linux__)
-#include <sys/mman.h>
 #endif
 
 namespace xg {
@@ -139,22 +138,7 @@ class OgcWriter {
     if (grown == nullptr) return false;
     text_ = grown;
     capacity_ = capacity;
-    prefer_large_pages();
     return true;
-  }
-
-  // Tens of megabytes of text fault in one small page at a time, which under memory
-  // accounting costs a good part of the writing itself: large buffers ask for large pages
-  // where the system offers them on request.  Only a hint; nothing depends on it.
-  void prefer_large_pages() {
-#if defined(__linux__) && defined(MADV_HUGEPAGE)
-    constexpr std::uintptr_t kLargePage = std::uintptr_t{1} << 21;
-    if (capacity_ < 4 * kLargePage) return;
-    const auto begin = reinterpret_cast<std::uintptr_t>(text_);
-    const std::uintptr_t first = (begin + kLargePage - 1) & ~(kLargePage - 1);
-    const std::uintptr_t last = (begin + capacity_) & ~(kLargePage - 1);
-    if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
-#endif
   }
 
   int32_t precision_;
