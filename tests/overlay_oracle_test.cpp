@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <random>
 
 #include "support/edit_result.h"
@@ -70,6 +71,17 @@ class Shapes {
   bool grid_;
 };
 
+// 150 pairs per input kind; XGGEO_ORACLE_PAIRS and XGGEO_ORACLE_SEED widen a local run to more
+// pairs and other seeds.
+int pair_count() {
+  const char* v = std::getenv("XGGEO_ORACLE_PAIRS");
+  return v != nullptr && std::atoi(v) > 0 ? std::atoi(v) : 150;
+}
+uint32_t seed_base() {
+  const char* v = std::getenv("XGGEO_ORACLE_SEED");
+  return v != nullptr ? static_cast<uint32_t>(std::strtoul(v, nullptr, 10)) : 0;
+}
+
 using BinaryOp = int32_t (*)(const unsigned char*, const unsigned char*, unsigned char**, double);
 using GeosOp = GEOSGeometry* (*)(GEOSContextHandle_t, const GEOSGeometry*, const GEOSGeometry*);
 
@@ -109,28 +121,26 @@ TEST_P(OverlayOracle, RegionsMatchGeosAndOverlayPartitionsTheUnion) {
              {"intersection", xgWKB_shape_intersection, GEOSIntersection_r},
              {"union", xgWKB_shape_union, GEOSUnion_r},
              {"symmetric difference", xgWKB_shape_symmetric_difference, GEOSSymDifference_r}};
-  Shapes gen(grid ? 202 : 101, grid);
-  int invalid = 0;
-  for (int k = 0; k < 150; ++k) {
+  Shapes gen(seed_base() + (grid ? 202 : 101), grid);
+  const int pairs = pair_count();
+  int skipped = 0;
+  for (int k = 0; k < pairs; ++k) {
     const Bytes a = gen.make(), b = gen.make();
     SCOPED_TRACE(::testing::Message() << "pair " << k);
     GeosGeom ga(oracle_, oracle_.to_geos(a.data())), gb(oracle_, oracle_.to_geos(b.data()));
     SCOPED_TRACE(oracle_.to_wkt(ga.get()) + "\n" + oracle_.to_wkt(gb.get()));
-    ASSERT_TRUE(valid(ga.get()) && valid(gb.get()));
+    // A star with few points can cut into its own hole; such a pair tests nothing here.
+    if (!valid(ga.get()) || !valid(gb.get())) {
+      ++skipped;
+      continue;
+    }
     const double scale = 1e-9 * area_of(GEOSUnion_r, ga.get(), gb.get());
     for (const auto& op : ops) {
       SCOPED_TRACE(op.name);
       Out ours;
       ASSERT_EQ(op.ours(Misaligned(a).data(), Misaligned(b).data(), &ours.p, 0), 0);
       GeosGeom mine(oracle_, geos_of(ours.p)), ref(oracle_, op.geos(oracle_.handle(), ga.get(), gb.get()));
-      if (!valid(mine.get())) {
-        // Known defect: on the grid, a symmetric difference can keep a hole pinched against its
-        // outer ring (or a piece along another's edge) where several holes meet: the region is
-        // right, the multipolygon is not valid.  Counted, not hidden.
-        const bool known = grid && op.ours == xgWKB_shape_symmetric_difference;
-        invalid += known;
-        EXPECT_TRUE(known) << oracle_.to_wkt(mine.get());
-      }
+      EXPECT_TRUE(valid(mine.get())) << oracle_.to_wkt(mine.get());
       EXPECT_LT(area_of(GEOSSymDifference_r, mine.get(), ref.get()), scale)
           << oracle_.to_wkt(mine.get()) << "\nGEOS: " << oracle_.to_wkt(ref.get());
     }
@@ -154,7 +164,7 @@ TEST_P(OverlayOracle, RegionsMatchGeosAndOverlayPartitionsTheUnion) {
       EXPECT_LT(area_of(GEOSSymDifference_r, part.ours, ref.get()), scale) << oracle_.to_wkt(part.ours);
     }
   }
-  EXPECT_LE(invalid, 4);  // of 150 grid pairs (3 at the time of writing)
+  EXPECT_LE(skipped, pairs / 20);  // the generator makes valid shapes nearly always
 }
 
 INSTANTIATE_TEST_SUITE_P(Inputs, OverlayOracle, ::testing::Values(false, true),

@@ -155,210 +155,229 @@ void from_paths(const cl::Paths& paths, const Grid& grid, gpc_polygon* out) {
   }
 }
 
-// ---- pinched holes ---------------------------------------------------------------------------
+// ---- rings that touch ----------------------------------------------------------------------
 
-struct PointHash {
-  std::size_t operator()(const cl::IntPoint& p) const {
-    return std::hash<cl::cInt>()(p.X) * 0x9E3779B97F4A7C15ull ^ std::hash<cl::cInt>()(p.Y);
-  }
+// The engine's rings do not cross, but they may meet at vertices: a ring may pass through one
+// vertex twice, a hole may touch its outer ring or other holes, and a chain of holes touching
+// each other can run from the outer ring back to it, cutting the region in two while the engine
+// still draws it as one outer ring with holes.  rebuild_touching_rings redraws the rings at every
+// vertex met more than once so that each ring is simple and each region piece gets its own
+// outer ring.
+//
+// Every ring has the region on its left (outer rings turn counter-clockwise, holes clockwise).
+// Around a vertex met k times the edges alternate: an edge coming in, with the region in the
+// sector clockwise from it, and an edge going out, with the region in the sector counter-clockwise
+// from it.  Two passes decide which edge follows which:
+//  1. Each incoming edge is followed by the outgoing edge across the region sector (the next
+//     edge clockwise).  The closed walks so traced each border one connected piece of the
+//     region: consecutive edges share a sector, so all edges of a walk border the same piece, and
+//     two sectors of different pieces never end up in one walk.
+//  2. A walk may still pass a vertex several times (a hole touching its outer ring at a point:
+//     pass 1 joins both into one walk).  All sectors of one walk at a vertex belong to one
+//     connected piece, so the gaps between them belong to different parts of its complement: a
+//     closed path through the piece separates each gap from the others.  Each incoming edge is
+//     therefore followed by the walk's next edge counter-clockwise, across the gap; the rings so
+//     traced border one piece and one part of its complement each, and pass through a vertex
+//     once.  A ring turning counter-clockwise is then the outer ring of its piece, one turning
+//     clockwise a hole in it.
+namespace {
+
+struct VertexUse {
+  cl::IntPoint p;
+  std::size_t edge;  // the edge leaving p; the edge before it in its ring arrives at p
 };
 
-// Splits a closed ring at every vertex it visits twice into loops that visit each vertex once;
-// loops of fewer than three vertices are dropped.
-void split_at_repeats(const cl::Path& ring, cl::Paths& loops) {
-  cl::Path stack;
-  std::unordered_map<cl::IntPoint, std::size_t, PointHash> at;  // vertex -> its place in stack
-  for (const cl::IntPoint& p : ring) {
-    const auto seen = at.find(p);
-    if (seen == at.end()) {
-      at.emplace(p, stack.size());
-      stack.push_back(p);
-      continue;
-    }
-    // The vertices since p's first visit close a loop.
-    cl::Path loop(stack.begin() + static_cast<std::ptrdiff_t>(seen->second), stack.end());
-    for (std::size_t k = seen->second + 1; k < stack.size(); ++k) at.erase(stack[k]);
-    stack.resize(seen->second + 1);
-    if (loop.size() >= 3) loops.push_back(std::move(loop));
-  }
-  if (stack.size() >= 3) loops.push_back(std::move(stack));
+// Direction of an edge seen from the shared vertex, in exact wide arithmetic.
+struct Ray {
+  __int128 dx, dy;
+  std::size_t edge;
+  bool incoming;
+};
+
+int half(const Ray& r) { return (r.dy > 0 || (r.dy == 0 && r.dx > 0)) ? 0 : 1; }
+
+// Counter-clockwise order of angle from the positive x axis.
+bool ccw_before(const Ray& a, const Ray& b) {
+  const int ha = half(a), hb = half(b);
+  if (ha != hb) return ha < hb;
+  return a.dx * b.dy - a.dy * b.dx > 0;
 }
 
-// A ring that passes through one vertex twice (the engine leaves such rings where a region
-// touches itself at a point) is split there into simple rings: pieces turning the ring's way and
-// holes turning the other way.  (The engine's own option for this walks every pair of vertices
-// of a ring, which is quadratic.)
-void split_self_touching(cl::Paths& paths) {
-  std::vector<cl::IntPoint> sorted;
-  const std::size_t count = paths.size();
-  for (std::size_t i = 0; i < count; ++i) {
-    sorted.assign(paths[i].begin(), paths[i].end());
-    std::sort(sorted.begin(), sorted.end(), [](const cl::IntPoint& l, const cl::IntPoint& r) {
-      return l.X != r.X ? l.X < r.X : l.Y < r.Y;
-    });
-    if (std::adjacent_find(sorted.begin(), sorted.end()) == sorted.end()) continue;
-    cl::Paths loops;
-    split_at_repeats(paths[i], loops);
-    paths[i].clear();
-    for (cl::Path& l : loops) paths.push_back(std::move(l));
-  }
+bool same_direction(const Ray& a, const Ray& b) {
+  return half(a) == half(b) && a.dx * b.dy - a.dy * b.dx == 0;
 }
 
-// The engine draws a region pinched at points (where the operands' boundaries cross, in a
-// symmetric difference above all) as an outer ring with a hole touching it at those points.
-// Such a hole is spliced into its outer ring at one shared vertex and the ring is split at every
-// shared vertex, which leaves the pieces between the points as separate rings.  A hole touching
-// its outer ring at a single point stays as it is.
-void split_pinched_holes(cl::Paths& paths) {
-  // Each pass splits every hole pinched against an outer ring not yet split in that pass; a few
-  // passes settle the rings that one split leaves pinched against another hole.
-  for (int pass = 0; pass < 4; ++pass) {
-    std::vector<std::size_t> holes;
-    std::unordered_map<cl::IntPoint, std::pair<std::size_t, std::size_t>, PointHash> outer_vertex;
-    for (std::size_t i = 0; i < paths.size(); ++i) {
-      if (paths[i].size() < 3) continue;
-      if (twice_area(paths[i]) < 0) {
-        holes.push_back(i);
-      } else {
-        for (std::size_t v = 0; v < paths[i].size(); ++v) outer_vertex.emplace(paths[i][v], std::make_pair(i, v));
-      }
+}  // namespace
+
+void rebuild_touching_rings(cl::Paths& paths) {
+  std::vector<std::size_t> base(paths.size() + 1, 0);
+  for (std::size_t i = 0; i < paths.size(); ++i) base[i + 1] = base[i] + paths[i].size();
+  const std::size_t edges = base.back();
+  std::vector<VertexUse> uses;
+  uses.reserve(edges);
+  std::vector<std::size_t> ring_of(edges);
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    for (std::size_t k = 0; k < paths[i].size(); ++k) {
+      uses.push_back({paths[i][k], base[i] + k});
+      ring_of[base[i] + k] = i;
     }
-    if (holes.empty()) return;
-    std::vector<bool> split(paths.size(), false);
-    cl::Paths added;
-    for (std::size_t h : holes) {
-      // The touching vertex latest along the outer ring is the splice point, so that the walk
-      // around the hole meets every other touching vertex already on the stack.
-      std::size_t outer = 0, at_outer = 0, at_hole = 0, touches = 0, free_vertex = 0;
-      bool has_free = false;
-      for (std::size_t v = 0; v < paths[h].size(); ++v) {
-        const auto it = outer_vertex.find(paths[h][v]);
-        if (it == outer_vertex.end()) {
-          if (!has_free) free_vertex = v;
-          has_free = true;
-          continue;
-        }
-        if (touches == 0) outer = it->second.first;
-        if (it->second.first != outer) continue;
-        if (touches == 0 || it->second.second > at_outer) {
-          at_outer = it->second.second;
-          at_hole = v;
-        }
-        ++touches;
-      }
-      if (touches < 2 || !has_free || split[outer]) continue;
-      // Only a hole inside that outer ring (not one around an island touching it).
-      if (cl::PointInPolygon(paths[h][free_vertex], paths[outer]) != 1) continue;
-      const cl::Path& o = paths[outer];
-      const cl::Path& hv = paths[h];
-      cl::Path spliced(o.begin(), o.begin() + static_cast<std::ptrdiff_t>(at_outer) + 1);
-      for (std::size_t k = 1; k <= hv.size(); ++k) spliced.push_back(hv[(at_hole + k) % hv.size()]);
-      spliced.insert(spliced.end(), o.begin() + static_cast<std::ptrdiff_t>(at_outer) + 1, o.end());
-      cl::Paths loops;
-      split_at_repeats(spliced, loops);
-      // Every piece of a pinched region turns like an outer ring; a loop turning the other way
-      // means the walk did not come apart as expected, and the rings are left as they were.
-      const auto turns_back = [](const cl::Path& l) { return twice_area(l) < 0; };
-      if (std::any_of(loops.begin(), loops.end(), turns_back)) continue;
-      split[outer] = true;
-      paths[outer].clear();
-      paths[h].clear();
-      for (cl::Path& l : loops) added.push_back(std::move(l));
-    }
-    if (added.empty()) return;
-    for (cl::Path& l : added) paths.push_back(std::move(l));
   }
+  const auto point_less = [](const VertexUse& l, const VertexUse& r) {
+    return l.p.X != r.p.X ? l.p.X < r.p.X : l.p.Y < r.p.Y;
+  };
+  std::sort(uses.begin(), uses.end(), point_less);
+  const auto same_point = [](const VertexUse& l, const VertexUse& r) { return l.p == r.p; };
+  if (std::adjacent_find(uses.begin(), uses.end(), same_point) == uses.end()) return;
+
+  const auto start_of = [&](std::size_t e) -> const cl::IntPoint& { return paths[ring_of[e]][e - base[ring_of[e]]]; };
+  const auto next_in_ring = [&](std::size_t e) {
+    const std::size_t r = ring_of[e];
+    return e + 1 == base[r + 1] ? base[r] : e + 1;
+  };
+  const auto prev_in_ring = [&](std::size_t e) {
+    const std::size_t r = ring_of[e];
+    return e == base[r] ? base[r + 1] - 1 : e - 1;
+  };
+
+  // The rays at every vertex met more than once, in counter-clockwise order, one group per vertex.
+  std::vector<Ray> rays;
+  std::vector<std::size_t> group_start;
+  for (std::size_t i = 0; i < uses.size();) {
+    std::size_t j = i + 1;
+    while (j < uses.size() && uses[j].p == uses[i].p) ++j;
+    if (j - i > 1) {
+      group_start.push_back(rays.size());
+      const cl::IntPoint& v = uses[i].p;
+      for (std::size_t u = i; u < j; ++u) {
+        const std::size_t out = uses[u].edge, in = prev_in_ring(out);
+        const cl::IntPoint& to = start_of(next_in_ring(out));
+        const cl::IntPoint& from = start_of(in);
+        rays.push_back({static_cast<__int128>(to.X) - v.X, static_cast<__int128>(to.Y) - v.Y, out, false});
+        rays.push_back({static_cast<__int128>(from.X) - v.X, static_cast<__int128>(from.Y) - v.Y, in, true});
+      }
+      std::sort(rays.begin() + static_cast<std::ptrdiff_t>(group_start.back()), rays.end(), ccw_before);
+    }
+    i = j;
+  }
+  group_start.push_back(rays.size());
+
+  // Pass 1: across the region sector.  Edges must alternate in and out, and no two may leave the
+  // vertex the same way (rings along each other); otherwise the rings are left as they are.
+  std::vector<std::size_t> next(edges);
+  for (std::size_t e = 0; e < edges; ++e) next[e] = next_in_ring(e);
+  for (std::size_t g = 0; g + 1 < group_start.size(); ++g) {
+    const std::size_t lo = group_start[g], n = group_start[g + 1] - lo;
+    for (std::size_t k = 0; k < n; ++k) {
+      const Ray& r = rays[lo + k];
+      const Ray& cw = rays[lo + (k + n - 1) % n];
+      if (same_direction(r, rays[lo + (k + 1) % n])) return;
+      if (!r.incoming) continue;
+      if (cw.incoming) return;
+      next[r.edge] = cw.edge;
+    }
+  }
+  std::vector<std::size_t> walk(edges, SIZE_MAX);
+  std::size_t walks = 0;
+  for (std::size_t e = 0; e < edges; ++e) {
+    if (walk[e] != SIZE_MAX) continue;
+    for (std::size_t f = e; walk[f] == SIZE_MAX; f = next[f]) walk[f] = walks;
+    ++walks;
+  }
+
+  // Pass 2: across the gap, to the next edge of the same walk counter-clockwise.
+  for (std::size_t g = 0; g + 1 < group_start.size(); ++g) {
+    const std::size_t lo = group_start[g], n = group_start[g + 1] - lo;
+    for (std::size_t k = 0; k < n; ++k) {
+      const Ray& r = rays[lo + k];
+      if (!r.incoming) continue;
+      std::size_t m = 1;
+      while (m < n && walk[rays[lo + (k + m) % n].edge] != walk[r.edge]) ++m;
+      const Ray& ccw = rays[lo + (k + m) % n];
+      if (m == n || ccw.incoming) return;
+      next[r.edge] = ccw.edge;
+    }
+  }
+
+  cl::Paths rings;
+  std::vector<bool> done(edges, false);
+  for (std::size_t e = 0; e < edges; ++e) {
+    if (done[e]) continue;
+    cl::Path ring;
+    for (std::size_t f = e; !done[f]; f = next[f]) {
+      done[f] = true;
+      ring.push_back(start_of(f));
+    }
+    if (ring.size() >= 3) rings.push_back(std::move(ring));
+  }
+  paths.swap(rings);
 }
 
 // ---- shared edges ----------------------------------------------------------------------------
 
-// Edges grouped by the line they lie on (reduced direction and offset, exact in 128 bits), with
-// their extents along it, so that edges running along each other for some length can be found
-// by sorting instead of comparing all pairs.
+// Edges sorted by the line they lie on, with their extents along it, so that edges running along
+// each other for some length can be found by sorting instead of comparing all pairs.  Directions
+// are not reduced: two parallel edges are compared through the direction of either one, which
+// orders offsets and extents alike for every direction of the class (all products exact in 128
+// bits: grid indices stay below 2^62).
 struct LinePiece {
-  __int128 dx, dy, offset;  // the line: reduced direction, cross(direction, point)
-  __int128 lo, hi;          // extent along the direction
-  std::size_t group;
+  __int128 dx, dy;  // direction, turned into the upper half plane
+  cl::IntPoint p, q;
 };
 
-void add_line_pieces(const cl::Path& path, std::size_t group, std::vector<LinePiece>& pieces) {
-  for (std::size_t i = 0, n = path.size(); i < n; ++i) {
-    const cl::IntPoint& p = path[i];
-    const cl::IntPoint& q = path[(i + 1) % n];
-    __int128 dx = static_cast<__int128>(q.X) - p.X, dy = static_cast<__int128>(q.Y) - p.Y;
-    if (dx == 0 && dy == 0) continue;
-    __int128 g = dx < 0 ? -dx : dx, h = dy < 0 ? -dy : dy;
-    while (h != 0) {
-      const __int128 r = g % h;
-      g = h;
-      h = r;
-    }
-    dx /= g;
-    dy /= g;
-    if (dx < 0 || (dx == 0 && dy < 0)) {
-      dx = -dx;
-      dy = -dy;
-    }
-    const __int128 tp = dx * p.X + dy * p.Y, tq = dx * q.X + dy * q.Y;
-    pieces.push_back({dx, dy, dx * p.Y - dy * p.X, tp < tq ? tp : tq, tp < tq ? tq : tp, group});
-  }
-}
+int upper_half(__int128 dx, __int128 dy) { return (dy > 0 || (dy == 0 && dx > 0)) ? 0 : 1; }
 
-// True when two pieces of different groups overlap for some length.
-bool groups_overlap(std::vector<LinePiece>& pieces) {
-  std::sort(pieces.begin(), pieces.end(), [](const LinePiece& l, const LinePiece& r) {
-    if (l.dx != r.dx) return l.dx < r.dx;
-    if (l.dy != r.dy) return l.dy < r.dy;
-    if (l.offset != r.offset) return l.offset < r.offset;
-    return l.lo < r.lo;
-  });
-  // Along one line, sorted by start: a piece overlaps an earlier one of another group when it
-  // starts before the farthest end reached so far by a group other than its own (the two
-  // farthest ends of distinct groups are kept).
-  for (std::size_t i = 0; i < pieces.size();) {
-    std::size_t j = i;
-    bool have1 = false, have2 = false;
-    __int128 reach1 = 0, reach2 = 0;
-    std::size_t group1 = 0;
-    for (; j < pieces.size() && pieces[j].dx == pieces[i].dx && pieces[j].dy == pieces[i].dy &&
-           pieces[j].offset == pieces[i].offset;
-         ++j) {
-      const LinePiece& pc = pieces[j];
-      if (have1 && group1 != pc.group && pc.lo < reach1) return true;
-      if (have2 && group1 == pc.group && pc.lo < reach2) return true;
-      if (!have1 || pc.hi > reach1) {
-        if (have1 && group1 != pc.group) {
-          reach2 = reach1;
-          have2 = true;
-        }
-        reach1 = pc.hi;
-        group1 = pc.group;
-        have1 = true;
-      } else if (group1 != pc.group && (!have2 || pc.hi > reach2)) {
-        reach2 = pc.hi;
-        have2 = true;
+__int128 cross(const LinePiece& d, const cl::IntPoint& p) { return d.dx * p.Y - d.dy * p.X; }
+__int128 along(const LinePiece& d, const cl::IntPoint& p) { return d.dx * p.X + d.dy * p.Y; }
+__int128 start_along(const LinePiece& d, const LinePiece& e) {
+  const __int128 p = along(d, e.p), q = along(d, e.q);
+  return p < q ? p : q;
+}
+__int128 end_along(const LinePiece& d, const LinePiece& e) {
+  const __int128 p = along(d, e.p), q = along(d, e.q);
+  return p < q ? q : p;
+}
+bool parallel(const LinePiece& l, const LinePiece& r) { return l.dx * r.dy - l.dy * r.dx == 0; }
+bool same_line(const LinePiece& l, const LinePiece& r) { return parallel(l, r) && cross(l, l.p) == cross(l, r.p); }
+
+// True when two edges of the paths (of one path or of two) run along each other for some length.
+bool edges_along_each_other(const cl::Paths& paths) {
+  std::vector<LinePiece> pieces;
+  std::size_t count = 0;
+  for (const cl::Path& path : paths) count += path.size();
+  pieces.reserve(count);
+  for (const cl::Path& path : paths) {
+    for (std::size_t i = 0, n = path.size(); i < n; ++i) {
+      const cl::IntPoint& p = path[i];
+      const cl::IntPoint& q = path[(i + 1) % n];
+      __int128 dx = static_cast<__int128>(q.X) - p.X, dy = static_cast<__int128>(q.Y) - p.Y;
+      if (dx == 0 && dy == 0) continue;
+      if (upper_half(dx, dy) != 0) {
+        dx = -dx;
+        dy = -dy;
       }
+      pieces.push_back({dx, dy, p, q});
+    }
+  }
+  std::sort(pieces.begin(), pieces.end(), [](const LinePiece& l, const LinePiece& r) {
+    const __int128 turn = l.dx * r.dy - l.dy * r.dx;
+    if (turn != 0) return turn > 0;  // by angle within the upper half plane
+    const __int128 ol = cross(l, l.p), orr = cross(l, r.p);
+    if (ol != orr) return ol < orr;
+    return start_along(l, l) < start_along(l, r);
+  });
+  // Along one line, sorted by start: an edge runs along an earlier one when it starts before the
+  // farthest end reached so far.
+  for (std::size_t i = 0; i < pieces.size();) {
+    const LinePiece& first = pieces[i];
+    __int128 reach = end_along(first, first);
+    std::size_t j = i + 1;
+    for (; j < pieces.size() && same_line(first, pieces[j]); ++j) {
+      if (start_along(first, pieces[j]) < reach) return true;
+      reach = std::max(reach, end_along(first, pieces[j]));
     }
     i = j;
   }
   return false;
-}
-
-// True when an edge of a path in a and an edge of a path in b run along each other for some
-// length.
-bool share_an_edge(const cl::Paths& a, const cl::Paths& b) {
-  std::vector<LinePiece> pieces;
-  for (const cl::Path& p : a) add_line_pieces(p, 0, pieces);
-  for (const cl::Path& p : b) add_line_pieces(p, 1, pieces);
-  return groups_overlap(pieces);
-}
-
-// True when two of the paths run along each other for some length.
-bool paths_share_an_edge(const cl::Paths& paths) {
-  if (paths.size() < 2) return false;
-  std::vector<LinePiece> pieces;
-  for (std::size_t i = 0; i < paths.size(); ++i) add_line_pieces(paths[i], i, pieces);
-  return groups_overlap(pieces);
 }
 
 cl::ClipType clip_type(gpc_op op) {
@@ -394,29 +413,19 @@ class Engine : public cl::Clipper {
   }
 };
 
-// True when a hole runs along part of an outer ring's edge.  The engine can leave such a hole
-// (where the operands' edges coincide) instead of cutting a notch into the outer ring; such
-// results need a second pass.  Results without holes cost one orientation test per path.
-bool hole_along_outer(const cl::Paths& paths) {
-  cl::Paths outers, holes;
-  for (const cl::Path& p : paths) {
-    if (p.size() >= 3) (twice_area(p) < 0 ? holes : outers).push_back(p);
-  }
-  return !holes.empty() && share_an_edge(holes, outers);
-}
-
 // The engine's result for one operation, with its rings repaired (see above).
 cl::Paths solve(Engine& engine, cl::ClipType type) {
   cl::Paths solution;
   engine.run(type, &solution);
-  if (hole_along_outer(solution)) {
-    // The same region once more through the engine, which then joins such holes to their outer.
+  if (edges_along_each_other(solution)) {
+    // Where the operands' edges coincide, the engine can leave a hole along an outer ring
+    // instead of a notch in it, or a ring that runs back along itself (a bridge of no width).
+    // The same region once more through the engine joins such rings.
     Engine again;
     again.add(solution, cl::ptSubject);
     again.run(cl::ctUnion, &solution);
   }
-  split_self_touching(solution);
-  split_pinched_holes(solution);
+  rebuild_touching_rings(solution);
   return solution;
 }
 
@@ -441,29 +450,23 @@ int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygo
   }
   // The symmetric difference as its two one-sided parts side by side: the engine's own draws the
   // common part as holes pinched against the outer ring wherever the boundaries cross.  Where a
-  // piece of one side shares an edge with a piece of the other (operands with common edges), the
-  // engine's own result joins them, and its pinched holes are split apart instead.
-  cl::Paths one_side, other_side;
-  engine.run(cl::ctDifference, &one_side);
+  // piece of one side shares an edge with a piece of the other (operands with common edges), or a
+  // ring runs along another or itself, the pieces go once more through the engine, whose union joins
+  // them (their insides are disjoint, so even-odd fill of both sides is their union).
+  cl::Paths both, other_side;
+  engine.run(cl::ctDifference, &both);
   Engine swapped;
   swapped.add(c, cl::ptSubject);
   swapped.add(s, cl::ptClip);
   swapped.run(cl::ctDifference, &other_side);
-  if (share_an_edge(one_side, other_side)) {
-    cl::Paths x = solve(engine, cl::ctXor);
-    if (paths_share_an_edge(x)) {
-      // The engine's symmetric difference can still leave two rings along one edge; once more
-      // through the engine joins them.
-      Engine again;
-      again.add(x, cl::ptSubject);
-      x = solve(again, cl::ctUnion);
-    }
-    from_paths(x, grid, result);
-    return XGWKB_OK;
+  both.insert(both.end(), std::make_move_iterator(other_side.begin()), std::make_move_iterator(other_side.end()));
+  for (int pass = 0; pass < 2 && edges_along_each_other(both); ++pass) {
+    Engine again;
+    again.add(both, cl::ptSubject);
+    again.run(cl::ctUnion, &both);
   }
-  one_side.insert(one_side.end(), std::make_move_iterator(other_side.begin()), std::make_move_iterator(other_side.end()));
-  split_pinched_holes(one_side);
-  from_paths(one_side, grid, result);
+  rebuild_touching_rings(both);
+  from_paths(both, grid, result);
   return XGWKB_OK;
 }
 
