@@ -413,24 +413,200 @@ class Engine : public cl::Clipper {
   }
 };
 
+// Rings along each other joined by one more pass through the engine (where the operands' edges
+// coincide, the engine can leave a hole along an outer ring instead of a notch in it, or a ring
+// that runs back along itself, a bridge of no width), then the touching rings redrawn.
+void settle(cl::Paths& paths) {
+  if (edges_along_each_other(paths)) {
+    Engine again;
+    again.add(paths, cl::ptSubject);
+    again.run(cl::ctUnion, &paths);
+  }
+  rebuild_touching_rings(paths);
+}
+
 // The engine's result for one operation, with its rings repaired (see above).
 cl::Paths solve(Engine& engine, cl::ClipType type) {
   cl::Paths solution;
   engine.run(type, &solution);
-  if (edges_along_each_other(solution)) {
-    // Where the operands' edges coincide, the engine can leave a hole along an outer ring
-    // instead of a notch in it, or a ring that runs back along itself (a bridge of no width).
-    // The same region once more through the engine joins such rings.
-    Engine again;
-    again.add(solution, cl::ptSubject);
-    again.run(cl::ctUnion, &solution);
-  }
-  rebuild_touching_rings(solution);
+  settle(solution);
   return solution;
 }
 
 void run(Engine& engine, cl::ClipType type, const Grid& grid, gpc_polygon* out) {
   from_paths(solve(engine, type), grid, out);
+}
+
+// ---- the three parts of an overlay from two sweeps ------------------------------------------
+
+enum : uint8_t { kOfSubject = 1, kOfClip = 2, kOfCommon = 4 };
+
+// A value per grid point (open addressing; sized for n points before any goes in).
+template <class T>
+class PointTable {
+ public:
+  explicit PointTable(std::size_t n) {
+    std::size_t capacity = 16;
+    while (capacity < 2 * n) capacity *= 2;
+    slots_.resize(capacity);
+    mask_ = capacity - 1;
+  }
+  // p's value, made (value-initialised) when p is new.
+  T& at(const cl::IntPoint& p) {
+    for (std::size_t i = hash(p) & mask_;; i = (i + 1) & mask_) {
+      Slot& slot = slots_[i];
+      if (!slot.used) {
+        slot.p = p;
+        slot.used = true;
+        return slot.value;
+      }
+      if (slot.p == p) return slot.value;
+    }
+  }
+  // p's value, or nullptr.
+  const T* find(const cl::IntPoint& p) const {
+    for (std::size_t i = hash(p) & mask_;; i = (i + 1) & mask_) {
+      const Slot& slot = slots_[i];
+      if (!slot.used) return nullptr;
+      if (slot.p == p) return &slot.value;
+    }
+  }
+
+ private:
+  struct Slot {
+    cl::IntPoint p;
+    T value{};
+    bool used = false;
+  };
+  static std::size_t hash(const cl::IntPoint& p) {
+    uint64_t h = static_cast<uint64_t>(p.X) * 0x9E3779B97F4A7C15ull ^ static_cast<uint64_t>(p.Y);
+    h ^= h >> 31;
+    h *= 0xBF58476D1CE4E5B9ull;
+    h ^= h >> 29;
+    return static_cast<std::size_t>(h);
+  }
+  std::vector<Slot> slots_;
+  std::size_t mask_ = 0;
+};
+
+using PointFlags = PointTable<uint8_t>;
+
+std::size_t vertex_count(const cl::Paths& paths) {
+  std::size_t n = 0;
+  for (const cl::Path& p : paths) n += p.size();
+  return n;
+}
+
+// Splits the rings of the symmetric difference x of subject s and clip c into the subject's own
+// part and the clip's own part, knowing the common part's rings; false when some ring cannot be
+// told (the caller then makes both parts the long way).
+//
+// Why a ring can be told by its vertices: the symmetric difference and the common part come from
+// one engine holding the same edges, so they share every crossing point, rounded alike, and
+// every vertex of an operand that lies on their boundaries.  Take a vertex v of a ring of x that
+// is a vertex of the subject and not of the clip, with the operands in general position at v
+// (v off the clip's boundary).  Near v the subject's boundary separates the subject from the
+// rest.  If v lies outside the clip, the subject's side near v belongs to the subject's own part
+// and nothing near v is common, so v is no vertex of the common part, and the ring through v in
+// x bounds the subject's own part.  If v lies inside the clip, the subject's side near v is
+// common and the other side is the clip's own part; the common part's ring passes v with the
+// same neighbours along the subject's boundary as x's ring, so the engine keeps (or drops) v in
+// both alike, and the ring through v in x bounds the clip's own part.  The same holds with the
+// roles swapped.  Rings made only of crossing points get their side from their neighbours (see
+// below).  After rebuild_touching_rings each ring of x borders one piece of x, and a piece
+// lies wholly in one part unless the two parts share an edge, which needs operand edges along
+// each other (the caller checks for rings of x along each other, and vertices shared by both
+// operands).  Every telling vertex of a ring must agree; a ring left untold or a disagreement
+// sends the caller the long way, so a degenerate case
+// missed by those checks costs time, not correctness, as long as some vertex disagrees.
+bool split_by_side(cl::Paths& x, const PointFlags& flags, cl::Paths* subject_only, cl::Paths* clip_only) {
+  std::vector<uint8_t> side(x.size(), 0);
+  std::size_t crossings = 0;
+  for (std::size_t r = 0; r < x.size(); ++r) {
+    for (const cl::IntPoint& p : x[r]) {
+      const uint8_t* f = flags.find(p);
+      const bool of_subject = f != nullptr && (*f & kOfSubject) != 0;
+      const bool of_clip = f != nullptr && (*f & kOfClip) != 0;
+      if (of_subject == of_clip) {
+        ++crossings;
+        continue;
+      }
+      // A subject vertex off the common part, or a clip vertex on it: the subject's own part.
+      const uint8_t here = of_subject != ((*f & kOfCommon) != 0) ? 1 : 2;
+      if (side[r] != 0 && side[r] != here) return false;
+      side[r] = here;
+    }
+  }
+  if (std::find(side.begin(), side.end(), 0) != side.end()) {
+    // Rings made of crossing points only (where the operands' edges cross in a lattice).  At a
+    // crossing point the four corners around it are common, subject only, neither and clip
+    // only, so the two rings of x through it lie on opposite sides: the side spreads from told
+    // rings to their neighbours at crossing points.  A point with other than two rings through
+    // it passes nothing on.
+    struct Through {
+      std::size_t ring[2];
+      std::size_t count;
+    };
+    PointTable<Through> through(crossings);
+    for (std::size_t r = 0; r < x.size(); ++r) {
+      for (const cl::IntPoint& p : x[r]) {
+        const uint8_t* f = flags.find(p);
+        if (f != nullptr && ((*f & kOfSubject) != 0) != ((*f & kOfClip) != 0)) continue;
+        Through& t = through.at(p);
+        if (t.count < 2) t.ring[t.count] = r;
+        ++t.count;
+      }
+    }
+    std::vector<std::size_t> queue;
+    for (std::size_t r = 0; r < x.size(); ++r) {
+      if (side[r] != 0) queue.push_back(r);
+    }
+    while (!queue.empty()) {
+      const std::size_t r = queue.back();
+      queue.pop_back();
+      for (const cl::IntPoint& p : x[r]) {
+        const Through* t = through.find(p);
+        if (t == nullptr || t->count != 2) continue;
+        const std::size_t other = t->ring[0] == r ? t->ring[1] : t->ring[0];
+        if (other == r) continue;
+        const uint8_t opposite = side[r] == 1 ? 2 : 1;
+        if (side[other] == 0) {
+          side[other] = opposite;
+          queue.push_back(other);
+        } else if (side[other] != opposite) {
+          return false;
+        }
+      }
+    }
+    if (std::find(side.begin(), side.end(), 0) != side.end()) return false;
+  }
+  for (std::size_t r = 0; r < x.size(); ++r) (side[r] == 1 ? subject_only : clip_only)->push_back(std::move(x[r]));
+  return true;
+}
+
+// The two one-sided parts from the engine's symmetric difference, classified by the common
+// part's vertices; false when that does not work out (see split_by_side).
+bool one_sided_parts(Engine& engine, const cl::Paths& s, const cl::Paths& c, const cl::Paths& common,
+                     cl::Paths* subject_only, cl::Paths* clip_only) {
+  PointFlags flags(vertex_count(s) + vertex_count(c) + vertex_count(common));
+  for (const cl::Path& p : s) {
+    for (const cl::IntPoint& v : p) flags.at(v) |= kOfSubject;
+  }
+  for (const cl::Path& p : c) {
+    for (const cl::IntPoint& v : p) {
+      uint8_t& f = flags.at(v);
+      if (f & kOfSubject) return false;  // a vertex of both operands
+      f |= kOfClip;
+    }
+  }
+  for (const cl::Path& p : common) {
+    for (const cl::IntPoint& v : p) flags.at(v) |= kOfCommon;
+  }
+  cl::Paths x;
+  engine.run(cl::ctXor, &x);
+  if (edges_along_each_other(x)) return false;
+  rebuild_touching_rings(x);
+  return split_by_side(x, flags, subject_only, clip_only);
 }
 
 }  // namespace
@@ -479,18 +655,32 @@ int32_t three_way_polygon_clip(const gpc_polygon& subject, const gpc_polygon& cl
   if (!fit_grid(subject, clip, &grid)) return XGWKB_E_INVALID_ARGUMENT;
   const cl::Paths s = to_paths(subject, grid);
   const cl::Paths c = to_paths(clip, grid);
-  // The engine keeps its edges between runs, so one instance serves the common part and the
-  // subject's own part.  It only ever subtracts the clip from the subject, so the clip's own part
-  // needs a second instance with the roles swapped (same integer paths, same grid).
+  // One engine holds the edges of both operands for every run.  The common part and the
+  // symmetric difference take two sweeps; the symmetric difference's rings are then told apart
+  // by the common part's vertices (see split_by_side).  Where that does not work out (operands
+  // sharing vertices or edges), the two one-sided parts are made directly, the clip's from a
+  // second engine with the roles swapped (same integer paths, same grid).
   Engine engine;
   engine.add(s, cl::ptSubject);
   engine.add(c, cl::ptClip);
-  run(engine, cl::ctIntersection, grid, common);
-  run(engine, cl::ctDifference, grid, subject_only);
-  Engine swapped;
-  swapped.add(c, cl::ptSubject);
-  swapped.add(s, cl::ptClip);
-  run(swapped, cl::ctDifference, grid, clip_only);
+  cl::Paths both;
+  engine.run(cl::ctIntersection, &both);
+  cl::Paths mine, theirs;
+  if (!one_sided_parts(engine, s, c, both, &mine, &theirs)) {
+    mine.clear();
+    theirs.clear();
+    engine.run(cl::ctDifference, &mine);
+    settle(mine);
+    Engine swapped;
+    swapped.add(c, cl::ptSubject);
+    swapped.add(s, cl::ptClip);
+    swapped.run(cl::ctDifference, &theirs);
+    settle(theirs);
+  }
+  settle(both);
+  from_paths(both, grid, common);
+  from_paths(mine, grid, subject_only);
+  from_paths(theirs, grid, clip_only);
   return XGWKB_OK;
 }
 
