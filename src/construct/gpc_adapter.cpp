@@ -10,7 +10,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <unordered_map>
+#include <limits>
+#include <cstring>
 
 #include "xggeokit.h"
 
@@ -155,6 +156,54 @@ void from_paths(const cl::Paths& paths, const Grid& grid, gpc_polygon* out) {
   }
 }
 
+// A value per grid point (open addressing; sized for n points before any goes in).
+template <class T>
+class PointTable {
+ public:
+  explicit PointTable(std::size_t n) {
+    std::size_t capacity = 16;
+    while (capacity < 2 * n) capacity *= 2;
+    slots_.resize(capacity);
+    mask_ = capacity - 1;
+  }
+  // p's value, made (value-initialised) when p is new.
+  T& at(const cl::IntPoint& p) {
+    for (std::size_t i = hash(p) & mask_;; i = (i + 1) & mask_) {
+      Slot& slot = slots_[i];
+      if (!slot.used) {
+        slot.p = p;
+        slot.used = true;
+        return slot.value;
+      }
+      if (slot.p == p) return slot.value;
+    }
+  }
+  // p's value, or nullptr.
+  const T* find(const cl::IntPoint& p) const {
+    for (std::size_t i = hash(p) & mask_;; i = (i + 1) & mask_) {
+      const Slot& slot = slots_[i];
+      if (!slot.used) return nullptr;
+      if (slot.p == p) return &slot.value;
+    }
+  }
+
+ private:
+  struct Slot {
+    cl::IntPoint p;
+    T value{};
+    bool used = false;
+  };
+  static std::size_t hash(const cl::IntPoint& p) {
+    uint64_t h = static_cast<uint64_t>(p.X) * 0x9E3779B97F4A7C15ull ^ static_cast<uint64_t>(p.Y);
+    h ^= h >> 31;
+    h *= 0xBF58476D1CE4E5B9ull;
+    h ^= h >> 29;
+    return static_cast<std::size_t>(h);
+  }
+  std::vector<Slot> slots_;
+  std::size_t mask_ = 0;
+};
+
 // ---- rings that touch ----------------------------------------------------------------------
 
 // The engine's rings do not cross, but they may meet at vertices: a ring may pass through one
@@ -213,6 +262,19 @@ void rebuild_touching_rings(cl::Paths& paths) {
   std::vector<std::size_t> base(paths.size() + 1, 0);
   for (std::size_t i = 0; i < paths.size(); ++i) base[i + 1] = base[i] + paths[i].size();
   const std::size_t edges = base.back();
+  {
+    // Most results pass no vertex twice: a table finds out before anything is sorted.
+    PointTable<uint8_t> visits(edges);
+    bool repeated = false;
+    for (const cl::Path& path : paths) {
+      for (const cl::IntPoint& p : path) {
+        uint8_t& v = visits.at(p);
+        repeated = repeated || v != 0;
+        v = 1;
+      }
+    }
+    if (!repeated) return;
+  }
   std::vector<VertexUse> uses;
   uses.reserve(edges);
   std::vector<std::size_t> ring_of(edges);
@@ -339,6 +401,24 @@ __int128 end_along(const LinePiece& d, const LinePiece& e) {
 bool parallel(const LinePiece& l, const LinePiece& r) { return l.dx * r.dy - l.dy * r.dx == 0; }
 bool same_line(const LinePiece& l, const LinePiece& r) { return parallel(l, r) && cross(l, l.p) == cross(l, r.p); }
 
+// The slope of a direction as a key that parallel directions share: with 64 significant bits,
+// dy and dx (below 2^63 in size) convert exactly and their quotient is rounded once, so it
+// depends only on the ratio.  Packed into a grid point to go into a PointTable.
+constexpr bool kExactSlopes = std::numeric_limits<long double>::digits == 64 && sizeof(long double) >= 10;
+
+cl::IntPoint slope_key(const LinePiece& d) {
+  if (d.dx == 0) return cl::IntPoint(-1, -1);  // vertical, apart from every quotient's key
+  const long double q = static_cast<long double>(d.dy) / static_cast<long double>(d.dx);
+  // The bits of the quotient (no padding bits taken: the significand and the sign and exponent
+  // of the 80-bit format lie in its first ten bytes).
+  unsigned char bytes[16] = {};
+  std::memcpy(bytes, &q, 10);
+  cl::IntPoint key(0, 0);
+  std::memcpy(&key.X, bytes, 8);
+  std::memcpy(&key.Y, bytes + 8, 8);
+  return key;
+}
+
 // True when two edges of the paths (of one path or of two) run along each other for some length.
 bool edges_along_each_other(const cl::Paths& paths) {
   std::vector<LinePiece> pieces;
@@ -357,6 +437,18 @@ bool edges_along_each_other(const cl::Paths& paths) {
       }
       pieces.push_back({dx, dy, p, q});
     }
+  }
+  if (kExactSlopes) {
+    // Only edges whose slope another edge shares can run along one: counted through a table,
+    // the rest dropped before the sort.
+    PointTable<uint32_t> slopes(pieces.size());
+    std::vector<uint32_t*> seen(pieces.size());
+    for (std::size_t i = 0; i < pieces.size(); ++i) ++*(seen[i] = &slopes.at(slope_key(pieces[i])));
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+      if (*seen[i] > 1) pieces[kept++] = pieces[i];
+    }
+    pieces.resize(kept);
   }
   std::sort(pieces.begin(), pieces.end(), [](const LinePiece& l, const LinePiece& r) {
     const __int128 turn = l.dx * r.dy - l.dy * r.dx;
@@ -440,54 +532,6 @@ void run(Engine& engine, cl::ClipType type, const Grid& grid, gpc_polygon* out) 
 // ---- the three parts of an overlay from two sweeps ------------------------------------------
 
 enum : uint8_t { kOfSubject = 1, kOfClip = 2, kOfCommon = 4 };
-
-// A value per grid point (open addressing; sized for n points before any goes in).
-template <class T>
-class PointTable {
- public:
-  explicit PointTable(std::size_t n) {
-    std::size_t capacity = 16;
-    while (capacity < 2 * n) capacity *= 2;
-    slots_.resize(capacity);
-    mask_ = capacity - 1;
-  }
-  // p's value, made (value-initialised) when p is new.
-  T& at(const cl::IntPoint& p) {
-    for (std::size_t i = hash(p) & mask_;; i = (i + 1) & mask_) {
-      Slot& slot = slots_[i];
-      if (!slot.used) {
-        slot.p = p;
-        slot.used = true;
-        return slot.value;
-      }
-      if (slot.p == p) return slot.value;
-    }
-  }
-  // p's value, or nullptr.
-  const T* find(const cl::IntPoint& p) const {
-    for (std::size_t i = hash(p) & mask_;; i = (i + 1) & mask_) {
-      const Slot& slot = slots_[i];
-      if (!slot.used) return nullptr;
-      if (slot.p == p) return &slot.value;
-    }
-  }
-
- private:
-  struct Slot {
-    cl::IntPoint p;
-    T value{};
-    bool used = false;
-  };
-  static std::size_t hash(const cl::IntPoint& p) {
-    uint64_t h = static_cast<uint64_t>(p.X) * 0x9E3779B97F4A7C15ull ^ static_cast<uint64_t>(p.Y);
-    h ^= h >> 31;
-    h *= 0xBF58476D1CE4E5B9ull;
-    h ^= h >> 29;
-    return static_cast<std::size_t>(h);
-  }
-  std::vector<Slot> slots_;
-  std::size_t mask_ = 0;
-};
 
 using PointFlags = PointTable<uint8_t>;
 
