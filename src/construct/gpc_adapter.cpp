@@ -218,6 +218,16 @@ enum : uint8_t { kOfSubject = 1, kOfClip = 2, kOfCommon = 4 };
 
 using PointFlags = PointTable<uint8_t>;
 
+// Rings longer than this make the symmetric difference dearer than two differences (see
+// three_way_polygon_clip).
+constexpr std::size_t kLongRing = 4096;
+
+std::size_t longest_path(const cl::Paths& paths) {
+  std::size_t n = 0;
+  for (const cl::Path& p : paths) n = std::max(n, p.size());
+  return n;
+}
+
 std::size_t vertex_count(const cl::Paths& paths) {
   std::size_t n = 0;
   for (const cl::Path& p : paths) n += p.size();
@@ -387,13 +397,21 @@ int32_t three_way_polygon_clip(const gpc_polygon& subject, const gpc_polygon& cl
   // by the common part's vertices (see split_by_side).  Where that does not work out (operands
   // sharing vertices or edges), the two one-sided parts are made directly, the clip's from a
   // second engine with the roles swapped (same integer paths, same grid).
+  //
+  // Operands with a ring of many vertices go the direct way from the start: when the engine
+  // joins two partial rings of its result it walks the joined ring to find its lowest point, so
+  // a result whose boundary wavers up and down along a long ring costs time growing with the
+  // square of that ring's length.  The symmetric difference draws both one-sided parts as one
+  // ring pinched at the crossings, twice as long as either part's, so there two separate
+  // differences are cheaper than one symmetric difference.
   Engine engine;
   engine.add(s, cl::ptSubject);
   engine.add(c, cl::ptClip);
   cl::Paths both;
   engine.run(cl::ctIntersection, &both);
   cl::Paths mine, theirs;
-  if (!one_sided_parts(engine, s, c, both, &mine, &theirs)) {
+  if (longest_path(s) > kLongRing || longest_path(c) > kLongRing ||
+      !one_sided_parts(engine, s, c, both, &mine, &theirs)) {
     mine.clear();
     theirs.clear();
     engine.run(cl::ctDifference, &mine);
