@@ -56,8 +56,9 @@ int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygo
 
 // The three parts of one overlay: common = subject and clip, subject_only = subject minus clip,
 // clip_only = clip minus subject.  The three are computed on the same integer grid from the
-// same converted contours, so their regions are disjoint and together make the union.  Same
-// returns as gpc_polygon_clip.
+// same converted contours (the common part and the symmetric difference by one engine, whose
+// rings are then sorted into the two one-sided parts), so their regions are disjoint and
+// together make the union.  Same returns as gpc_polygon_clip.
 int32_t three_way_polygon_clip(const gpc_polygon& subject, const gpc_polygon& clip, gpc_polygon* common,
                                gpc_polygon* subject_only, gpc_polygon* clip_only);
 
