@@ -12,59 +12,15 @@
 #include "construct/overlay_kernels.h"
 #include "core/boundary.h"
 #include "core/construct.h"
+#include "relate/envelope_tests.h"
 
 namespace xg {
 namespace {
-
-// A point up to this far outside the box has outcode 0.
-constexpr double kOutcodeMargin = 0.0001;
-enum : int { kLeft = 1, kRight = 2, kBottom = 4, kTop = 8 };
 
 using Points = std::vector<_xgWKB_POINT>;
 
 bool point_in_box(const _xgWKB_POINT& p, const _xgWKB_BOX& b) {
   return b.minx <= p.x && p.x <= b.maxx && b.miny <= p.y && p.y <= b.maxy;
-}
-
-int outcode(const _xgWKB_POINT& p, const _xgWKB_BOX& b) {
-  int code = 0;
-  if (p.x + kOutcodeMargin < b.minx) {
-    code |= kLeft;
-  } else if (b.maxx + kOutcodeMargin < p.x) {
-    code |= kRight;
-  }
-  if (p.y + kOutcodeMargin < b.miny) {
-    code |= kBottom;
-  } else if (b.maxy + kOutcodeMargin < p.y) {
-    code |= kTop;
-  }
-  return code;
-}
-
-// Cohen-Sutherland on segment p-q: true with p and q moved onto the box when some of it is
-// visible.  Each move puts an end on an edge, so the walk ends within a few moves; the cap only
-// guards against coordinates that keep no order (NaN never gets a code, so it cannot loop).
-bool clip_segment(_xgWKB_POINT& p, _xgWKB_POINT& q, const _xgWKB_BOX& b) {
-  int cp = outcode(p, b), cq = outcode(q, b);
-  for (int moves = 0; cp != 0 || cq != 0; ++moves) {
-    if ((cp & cq) != 0 || moves == 16) return false;
-    const bool move_p = cp != 0;
-    const int code = move_p ? cp : cq;
-    // Each move is taken from the segment as it stands (both ends, possibly moved already).
-    const _xgWKB_POINT a = p, c = q;
-    _xgWKB_POINT& end = move_p ? p : q;
-    if (code & kLeft) {
-      end = {b.minx, a.y + (c.y - a.y) * (b.minx - a.x) / (c.x - a.x)};
-    } else if (code & kRight) {
-      end = {b.maxx, a.y + (c.y - a.y) * (b.maxx - a.x) / (c.x - a.x)};
-    } else if (code & kBottom) {
-      end = {a.x + (c.x - a.x) * (b.miny - a.y) / (c.y - a.y), b.miny};
-    } else {
-      end = {a.x + (c.x - a.x) * (b.maxy - a.y) / (c.y - a.y), b.maxy};
-    }
-    (move_p ? cp : cq) = outcode(end, b);
-  }
-  return true;
 }
 
 // The visible parts of one run appended to parts: a piece starting within t of the current part's
@@ -74,7 +30,7 @@ void clip_run(const PointRun& run, const _xgWKB_BOX& b, double t, std::vector<Po
   const uint32_t n = run.size();
   for (uint32_t i = 0; i + 1 < n; ++i) {
     _xgWKB_POINT p = run.point(i), q = run.point(i + 1);
-    if (!clip_segment(p, q, b)) {
+    if (!env_clip_segment(p, q, b)) {
       open = false;
       continue;
     }
