@@ -43,39 +43,12 @@ void clip_run(const PointRun& run, const _xgWKB_BOX& b, double t, std::vector<Po
   }
 }
 
-int32_t write_nil(byte** out) {
-  byte* nil = alloc_nil();
-  if (nil == nullptr) return XGWKB_E_FAILED;
-  *out = nil;
-  return XGWKB_OK;
-}
-
-int32_t write_parts(const std::vector<Points>& parts, byte** out) {
-  if (parts.empty()) return write_nil(out);
-  std::size_t size = kCountedHeaderSize;
-  for (const Points& l : parts) size += kCountedHeaderSize + kCoordSize * l.size();
-  byte* blob = blob_alloc(size);
-  if (blob == nullptr) return XGWKB_E_FAILED;
-  BlobWriter w(blob);
-  w.header(XGWKB_TYPE_MULTILINESTRING).u32(static_cast<uint32_t>(parts.size()));
-  for (const Points& l : parts) w.header(XGWKB_TYPE_LINESTRING).u32(static_cast<uint32_t>(l.size())).points(l.data(), l.size());
-  *out = blob;
-  return XGWKB_OK;
-}
-
 int32_t clip_multipoint(const byte* shape, const _xgWKB_BOX& b, byte** out) {
   std::vector<const byte*> kept;
   for_each_member(shape, [&](const byte* m, uint32_t) {
     if (point_in_box(point_of(m), b)) kept.push_back(m);
   });
-  if (kept.empty()) return write_nil(out);
-  byte* blob = blob_alloc(kCountedHeaderSize + kPointBlobSize * kept.size());
-  if (blob == nullptr) return XGWKB_E_FAILED;
-  BlobWriter w(blob);
-  w.header(XGWKB_TYPE_MULTIPOINT).u32(static_cast<uint32_t>(kept.size()));
-  for (const byte* m : kept) w.bytes(m, kPointBlobSize);
-  *out = blob;
-  return XGWKB_OK;
+  return multipoint_or_nil(kept, out);
 }
 
 int32_t clip_polygons(const byte* shape, const _xgWKB_BOX& b, byte** out) {
@@ -100,17 +73,17 @@ int32_t clip_shape(const byte* shape, const byte* box_blob, byte** out, double t
   std::vector<Points> parts;
   switch (type) {
     case XGWKB_TYPE_NIL:
-      return write_nil(out);
+      return nil_into(out);
     case XGWKB_TYPE_POINT:
-      return point_in_box(point_of(shape), b) ? blob_copy(shape, kPointBlobSize, out) : write_nil(out);
+      return point_in_box(point_of(shape), b) ? blob_copy(shape, kPointBlobSize, out) : nil_into(out);
     case XGWKB_TYPE_MULTIPOINT:
       return clip_multipoint(shape, b, out);
     case XGWKB_TYPE_LINESTRING:
       clip_run(line_run(shape), b, t, parts);
-      return write_parts(parts, out);
+      return write_multiline(parts, out);
     case XGWKB_TYPE_MULTILINESTRING:
       for_each_member(shape, [&](const byte* line, uint32_t) { clip_run(line_run(line), b, t, parts); });
-      return write_parts(parts, out);
+      return write_multiline(parts, out);
     default:
       return clip_polygons(shape, b, out);
   }

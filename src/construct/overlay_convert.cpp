@@ -233,12 +233,7 @@ void clean_clip_result(gpc_polygon* p) {
 }
 
 int32_t contours_to_shape(const gpc_polygon& p, byte** out) {
-  if (p.contour.empty()) {
-    byte* nil = alloc_nil();
-    if (nil == nullptr) return XGWKB_E_FAILED;
-    *out = nil;
-    return XGWKB_OK;
-  }
+  if (p.contour.empty()) return nil_into(out);
   std::size_t outers = 0, first_outer = 0;
   for (std::size_t i = 0; i < p.contour.size(); ++i) {
     if (p.hole[i] == 0 && outers++ == 0) first_outer = i;

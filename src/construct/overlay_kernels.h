@@ -9,6 +9,7 @@
 #define XGGEO_CONSTRUCT_OVERLAY_KERNELS_H
 
 #include <cstdint>
+#include <vector>
 
 #include "construct/gpc_adapter.h"
 #include "core/blob.h"
@@ -16,6 +17,9 @@
 namespace xg {
 
 // ---- points (overlay_points.cpp) ----------------------------------------------------------
+
+// A multipoint of the given 21-byte point blobs, copied as they are; nil when there are none.
+int32_t multipoint_or_nil(const std::vector<const byte*>& members, byte** out);
 // Two points are equal when the first 16 bytes of their blobs, read as two doubles, differ by
 // less than t on both.  Results are multipoints of member blobs copied byte for byte, or nil.
 
@@ -38,6 +42,9 @@ int32_t points_in_polygons(const byte* points, const byte* polygons, bool keep_i
 int32_t overlay_points(const byte* a, const byte* b, double t, byte** only_a, byte** only_b, byte** common);
 
 // ---- lines (overlay_lines.cpp) ------------------------------------------------------------
+
+// The lines as one multilinestring (member order kept), or nil when there is none.
+int32_t write_multiline(const std::vector<std::vector<_xgWKB_POINT>>& lines, byte** out);
 
 // Set operation between two linestrings or multilinestrings: the lines are split where they
 // meet within t and the pieces each operation keeps are joined back along their line; the

@@ -143,23 +143,6 @@ void join_kept(const std::vector<Piece>& pieces, std::vector<Points>& lines) {
   }
 }
 
-int32_t write_lines(const std::vector<Points>& lines, byte** out) {
-  if (lines.empty()) {
-    byte* nil = alloc_nil();
-    if (nil == nullptr) return XGWKB_E_FAILED;
-    *out = nil;
-    return XGWKB_OK;
-  }
-  std::size_t size = kCountedHeaderSize;
-  for (const Points& l : lines) size += kCountedHeaderSize + kCoordSize * l.size();
-  byte* blob = blob_alloc(size);
-  if (blob == nullptr) return XGWKB_E_FAILED;
-  BlobWriter w(blob);
-  w.header(XGWKB_TYPE_MULTILINESTRING).u32(static_cast<uint32_t>(lines.size()));
-  for (const Points& l : lines) w.header(XGWKB_TYPE_LINESTRING).u32(static_cast<uint32_t>(l.size())).points(l.data(), l.size());
-  *out = blob;
-  return XGWKB_OK;
-}
 
 std::vector<CutRun> cut_runs(const ShapeRuns& runs) {
   std::vector<CutRun> out;
@@ -210,6 +193,19 @@ std::vector<Piece> all_pieces(std::vector<CutRun>& runs) {
 
 }  // namespace
 
+int32_t write_multiline(const std::vector<std::vector<_xgWKB_POINT>>& lines, byte** out) {
+  if (lines.empty()) return nil_into(out);
+  std::size_t size = kCountedHeaderSize;
+  for (const std::vector<_xgWKB_POINT>& l : lines) size += kCountedHeaderSize + kCoordSize * l.size();
+  byte* blob = blob_alloc(size);
+  if (blob == nullptr) return XGWKB_E_FAILED;
+  BlobWriter w(blob);
+  w.header(XGWKB_TYPE_MULTILINESTRING).u32(static_cast<uint32_t>(lines.size()));
+  for (const std::vector<_xgWKB_POINT>& l : lines) w.header(XGWKB_TYPE_LINESTRING).u32(static_cast<uint32_t>(l.size())).points(l.data(), l.size());
+  *out = blob;
+  return XGWKB_OK;
+}
+
 int32_t line_line_kernel(gpc_op op, const byte* a, const byte* b, double t, byte** out) {
   IndexedRuns la, lb;
   if (!la.load(a, false, t) || !lb.load(b, false, t)) return XGWKB_E_INVALID_SHAPE;
@@ -232,7 +228,7 @@ int32_t line_line_kernel(gpc_op op, const byte* a, const byte* b, double t, byte
     for (Piece& p : pb) p.keep = !la.holds(probe(p.pts), t);
     join_kept(pb, lines);
   }
-  return write_lines(lines, out);
+  return write_multiline(lines, out);
 }
 
 int32_t line_polygon_kernel(const byte* line, const byte* polygon, bool keep_inside, double t, byte** out) {
@@ -261,7 +257,7 @@ int32_t line_polygon_kernel(const byte* line, const byte* polygon, bool keep_ins
   }
   std::vector<Points> lines;
   join_kept(pieces, lines);
-  return write_lines(lines, out);
+  return write_multiline(lines, out);
 }
 
 }  // namespace xg

@@ -43,22 +43,6 @@ std::vector<const byte*> members_of(const byte* points) {
   return m;
 }
 
-// A multipoint of the given 21-byte members, copied as they are; nil when there are none.
-int32_t multipoint_or_nil(const std::vector<const byte*>& members, byte** out) {
-  if (members.empty()) {
-    byte* nil = alloc_nil();
-    if (nil == nullptr) return XGWKB_E_FAILED;
-    *out = nil;
-    return XGWKB_OK;
-  }
-  byte* blob = blob_alloc(kCountedHeaderSize + kPointBlobSize * members.size());
-  if (blob == nullptr) return XGWKB_E_FAILED;
-  BlobWriter w(blob);
-  w.header(XGWKB_TYPE_MULTIPOINT).u32(static_cast<uint32_t>(members.size()));
-  for (const byte* m : members) w.bytes(m, kPointBlobSize);
-  *out = blob;
-  return XGWKB_OK;
-}
 
 int32_t copy_blob(const byte* shape, byte** out) {
   uint32_t size = 0;
@@ -123,6 +107,17 @@ _xgWKB_POINT shifted_point(const byte* member, const byte* blob_end) {
 }
 
 }  // namespace
+
+int32_t multipoint_or_nil(const std::vector<const byte*>& members, byte** out) {
+  if (members.empty()) return nil_into(out);
+  byte* blob = blob_alloc(kCountedHeaderSize + kPointBlobSize * members.size());
+  if (blob == nullptr) return XGWKB_E_FAILED;
+  BlobWriter w(blob);
+  w.header(XGWKB_TYPE_MULTIPOINT).u32(static_cast<uint32_t>(members.size()));
+  for (const byte* m : members) w.bytes(m, kPointBlobSize);
+  *out = blob;
+  return XGWKB_OK;
+}
 
 int32_t point_point_kernel(gpc_op op, const byte* a, const byte* b, double t, byte** out) {
   const bool equal = points_equal(a, b, t);

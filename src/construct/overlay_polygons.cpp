@@ -13,13 +13,6 @@ int32_t copy_shape(const byte* shape, byte** out) {
   return blob_copy(shape, size, out);
 }
 
-int32_t nil_into(byte** out) {
-  byte* nil = alloc_nil();
-  if (nil == nullptr) return XGWKB_E_FAILED;
-  *out = nil;
-  return XGWKB_OK;
-}
-
 // Cleans a clip result and writes it into *out.
 int32_t finish(gpc_polygon* result, byte** out) {
   clean_clip_result(result);

@@ -18,6 +18,14 @@ inline byte* alloc_nil() {
   return nil;
 }
 
+// A new nil shape into *out; XGWKB_E_FAILED (out untouched) when memory runs out.
+inline int32_t nil_into(byte** out) {
+  byte* nil = alloc_nil();
+  if (nil == nullptr) return XGWKB_E_FAILED;
+  *out = nil;
+  return XGWKB_OK;
+}
+
 // Multilinestring of parts members, member i taking the next counts[i] points.  Checks points
 // (-65), parts (-66 when negative), counts (-65 when null with parts > 0) and every count
 // (-148 below two) before anything is allocated, then out (-65).
