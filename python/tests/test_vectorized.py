@@ -1,0 +1,127 @@
+"""Every table operation: vectorised results equal an element-by-element loop of scalar calls,
+with broadcasting, None entries and any thread count."""
+import math
+
+import numpy as np
+import pytest
+
+import xggeokit as xg
+from conftest import mixed, random_polygons
+
+# Scalar parameters for the operations that take them (the others take none).
+PARAMS = {"move": (3.0, -2.0), "rotate": (0.5, 1.0, 2.0), "stretch": (2.0, 0.5, 1.0, 1.0),
+          "mirror": (0.0, 0.0, 1.0, 3.0), "to_ogc_wkt": (6,)}
+UNARY = [op for kind, op, _, _ in xg._xggeokit.OPS if kind.startswith("unary")]
+BINARY = [op for kind, op, _, _ in xg._xggeokit.OPS if kind.startswith("binary")]
+ENVELOPE_OPS = {op for op in BINARY if op.startswith("envelope_")}
+
+
+def same(x, y):
+    """Equality that treats nan as equal to nan and compares tuples and arrays item by item."""
+    if isinstance(x, float) and isinstance(y, float):
+        return x == y or (math.isnan(x) and math.isnan(y))
+    if isinstance(x, (tuple, np.ndarray)):
+        return len(x) == len(y) and all(same(float(a), float(b)) for a, b in zip(x, y))
+    return type(x) is type(y) and x == y
+
+
+def missing(v):
+    """None, False or nan: what a None input gives."""
+    if v is None or isinstance(v, (bool, np.bool_)):
+        return not v
+    return bool(np.isnan(np.asarray(v, dtype=float)).all())
+
+
+def loop(function, *args, **kwargs):
+    """The plain loop: one scalar call per element, a failure giving the missing value."""
+    def one(*xs):
+        return function(*xs, **kwargs)
+    return [one(*xs) for xs in zip(*args)]
+
+
+@pytest.fixture(scope="module")
+def data():
+    rng = np.random.default_rng(7)
+    return mixed(rng, 300), random_polygons(rng, 300)
+
+
+@pytest.mark.parametrize("name", UNARY)
+def test_unary_matches_loop(name, data):
+    shapes, _ = data
+    f = getattr(xg, name)
+    params = PARAMS.get(name, ())
+    vector = f(shapes, *params, errors="ignore")
+    scalar = loop(lambda s: f(s, *params, errors="ignore"), shapes)
+    assert len(vector) == len(scalar)
+    assert all(same(v if not isinstance(v, np.generic) else v.item(), s) or
+               (isinstance(v, np.ndarray) and same(v, s)) for v, s in zip(vector, scalar)), name
+    # None in, missing value out.
+    assert all(missing(vector[i]) for i in range(3, len(shapes), 7))
+
+
+def operands(name, data):
+    shapes, polys = data
+    if name in ENVELOPE_OPS:
+        return shapes, xg.envelope(polys, errors="ignore")
+    return shapes, polys
+
+
+@pytest.mark.parametrize("name", BINARY)
+def test_binary_matches_loop_and_broadcasts(name, data):
+    f = getattr(xg, name)
+    a, b = operands(name, data)
+    vector = f(a, b, errors="ignore")
+    assert all(same(v.item() if isinstance(v, np.generic) else v, s)
+               for v, s in zip(vector, loop(lambda x, y: f(x, y, errors="ignore"), a, b))), name
+    # scalar x array and array x scalar
+    assert all(same(v.item() if isinstance(v, np.generic) else v, f(a[0], y, errors="ignore"))
+               for v, y in zip(f(a[0], b, errors="ignore"), b))
+    assert all(same(v.item() if isinstance(v, np.generic) else v, f(x, b[1], errors="ignore"))
+               for v, x in zip(f(a, b[1], errors="ignore"), a))
+    # (n, 1) against (m,) gives (n, m)
+    grid = f(a[:4].reshape(4, 1), b[:5], errors="ignore")
+    assert grid.shape == (4, 5)
+    assert same(grid[2, 3].item() if isinstance(grid[2, 3], np.generic) else grid[2, 3],
+                f(a[2], b[3], errors="ignore"))
+
+
+@pytest.mark.parametrize("name", ["area", "bounds", "to_wkt", "convex_hull", "move", "intersects",
+                                  "distance", "intersection", "union", "is_valid_reason"])
+def test_threads_give_identical_results(name):
+    rng = np.random.default_rng(11)
+    shapes = random_polygons(rng, 6000)  # above the size that starts threads
+    f = getattr(xg, name)
+    params = PARAMS.get(name, ())
+    if name in BINARY:
+        one, four = f(shapes, shapes[::-1], threads=1), f(shapes, shapes[::-1], threads=4)
+    else:
+        one, four = f(shapes, *params, threads=1), f(shapes, *params, threads=4)
+    assert one.shape == four.shape
+    assert all(same(x.item() if isinstance(x, np.generic) else x, y.item() if isinstance(y, np.generic) else y)
+               for x, y in zip(one.ravel(), four.ravel()))
+
+
+def test_results_keep_the_input_shape(square):
+    grid = np.array([[square, None], [square, square]], dtype=object)
+    assert xg.area(grid).shape == (2, 2)
+    assert xg.bounds(grid).shape == (2, 2, 4)
+    assert np.isnan(xg.area(grid)[0, 1])
+    assert xg.area([]).shape == (0,)
+    assert xg.area(square) == 100.0 and isinstance(xg.area(square), float)
+    assert xg.intersects(square, None) is False
+    assert xg.intersection(None, square) is None
+
+
+def test_operations_give_expected_values(square):
+    inner = xg.box(2, 2, 4, 4)
+    assert xg.contains(square, inner) and xg.within(inner, square)
+    assert xg.area(xg.intersection(square, xg.box(5, 5, 20, 20))) == pytest.approx(25.0)
+    assert xg.area(xg.union(square, xg.box(5, 5, 20, 20))) == pytest.approx(100 + 225 - 25)
+    assert xg.area(xg.difference(square, inner)) == pytest.approx(96.0)
+    assert xg.distance(square, xg.points([13.0, 14.0])) == pytest.approx(5.0)
+    assert xg.bounds(xg.move(square, 1, 2)) == (1.0, 2.0, 11.0, 12.0)
+    assert xg.length(xg.linestrings([[0, 0], [3, 4]])) == 5.0
+    merged = xg.line_merge(xg.linestrings([[0, 0], [1, 0]]), xg.linestrings([[1, 0], [2, 0]]))
+    assert merged.type == "LineString" and xg.length(merged) == 2.0
+    assert xg.envelope_contains(square, xg.envelope_from_bounds(1, 1, 2, 2))
+    assert xg.is_valid_reason(square) == "Valid Geometry"
