@@ -45,7 +45,8 @@ def map_bag(func, shapes, *args, **kwargs):
     """func(partition, *args, **kwargs) over every partition of a dask.bag of shapes; a bag of
     the per-shape results."""
     def run(partition):
-        return list(func(_objects(partition), *args, **kwargs))
+        # tolist() gives plain Python values, which travel far faster than numpy scalars.
+        return func(_objects(partition), *args, **kwargs).tolist()
     return shapes.map_partitions(run)
 
 
@@ -65,7 +66,7 @@ def read_wkt(path, blocksize="64MiB", errors="raise"):
     import dask.bag as db
 
     def parse(partition):
-        return list(from_wkt(_objects(_lines(partition)), errors=errors))
+        return from_wkt(_objects(_lines(partition)), errors=errors).tolist()
     return db.read_text(path, blocksize=blocksize).map_partitions(parse)
 
 
@@ -74,5 +75,5 @@ def read_geojson(path, blocksize="64MiB", errors="raise"):
     import dask.bag as db
 
     def parse(partition):
-        return list(_text.from_geojson(_objects(_lines(partition)), errors=errors))
+        return _text.from_geojson(_objects(_lines(partition)), errors=errors).tolist()
     return db.read_text(path, blocksize=blocksize).map_partitions(parse)
