@@ -69,13 +69,15 @@ def unary(kind, name, spec):
     sig = signature(["geometry"], params, [("threads", None), ("errors", "raise")])
     trailing = (4,) if name == "bounds" else ()
 
-    def function(*args, **kwargs):
-        bound = sig.bind(*args, **kwargs)
-        bound.apply_defaults()
-        arguments = bound.arguments
-        values = [float(arguments[n]) for n, _ in params]
-        flat, shape = as_objects(arguments["geometry"])
-        result = kernel(flat, values, threads_arg(arguments["threads"]), raise_arg(arguments["errors"]))
+    def function(geometry, *args, threads=None, errors="raise", **kwargs):
+        if len(args) == len(params) and not kwargs:
+            values = [float(v) for v in args]  # the common case: every parameter by position
+        else:
+            bound = sig.bind(geometry, *args, **kwargs)
+            bound.apply_defaults()
+            values = [float(bound.arguments[n]) for n, _ in params]
+        flat, shape = as_objects(geometry)
+        result = kernel(flat, values, threads_arg(threads), raise_arg(errors))
         if shape is None and trailing:
             return tuple(result[0])
         return finish(result, shape, trailing)
