@@ -250,6 +250,43 @@ py::array run_binary_shape(const BinaryShapeOp &op, const py::array &a, const py
   return finish_shapes(results, status, raise, op.name);
 }
 
+// The three parts of two shapes (only in a, only in b, in both): three object arrays.
+py::tuple run_overlay(const py::array &a, const py::array &b, double t, int threads, bool raise) {
+  Blobs ina = blobs_of(a), inb = blobs_of(b);
+  std::size_t n = paired_length(ina, inb);
+  const bool one_a = ina.size() == 1 && n != 1, one_b = inb.size() == 1 && n != 1;
+  std::vector<unsigned char *> only_a(n, nullptr), only_b(n, nullptr), common(n, nullptr);
+  std::vector<int32_t> status(n, 0);
+  parallel_for(n, threads, [&](std::size_t i) {
+    const unsigned char *x = ina[one_a ? 0 : i], *y = inb[one_b ? 0 : i];
+    if (x == nullptr || y == nullptr) return;
+    unsigned char *ra = nullptr, *rb = nullptr, *rc = nullptr;
+    status[i] = xgWKB_shape_overlay(x, y, &ra, &rb, &rc, t);
+    if (status[i] < 0) {
+      xgWKB_shape_free(ra), xgWKB_shape_free(rb), xgWKB_shape_free(rc);
+      return;
+    }
+    only_a[i] = ra, only_b[i] = rb, common[i] = rc;
+  });
+  if (raise) {
+    try {
+      check_statuses(status, "overlay");
+    } catch (...) {
+      free_all(only_a), free_all(only_b), free_all(common);
+      throw;
+    }
+  }
+  py::array ra, rb;
+  try {
+    ra = shapes_to_array(only_a);
+    rb = shapes_to_array(only_b);
+  } catch (...) {
+    free_all(only_b), free_all(common);
+    throw;
+  }
+  return py::make_tuple(ra, rb, shapes_to_array(common));
+}
+
 // ---- text or bytes in ------------------------------------------------------------------------
 
 py::array run_read(const ReadOp &op, const py::array &a, int threads, bool raise) {
@@ -348,6 +385,8 @@ void register_kernels(py::module_ &m) {
           py::arg("threads") = 0, py::arg("raise_errors") = true);
     ops.append(py::make_tuple("read", op.name, "", op.doc));
   }
+  k.def("overlay", &run_overlay, py::arg("a"), py::arg("b"), py::arg("tolerance"), py::arg("threads") = 0,
+        py::arg("raise_errors") = true);
   m.attr("OPS") = ops;
 }
 

@@ -4,6 +4,7 @@
 
 #include <cctype>
 #include <cstring>
+#include <limits>
 
 #include <xggeokit.h>
 
@@ -15,14 +16,26 @@ namespace {
 
 // ---- small adapters ---------------------------------------------------------------------------
 
-int32_t area(const unsigned char *s, const double *, double *out) { return xgWKB_shape_get_area(s, 0, out); }
-int32_t length(const unsigned char *s, const double *, double *out) { return xgWKB_shape_get_length(s, 0, out); }
+// The nil shape is what an overlay leaves when nothing is left: it measures 0 and has no bounds
+// (nan), as empty geometries do in Shapely, so that results can be measured without filtering.
+int32_t area(const unsigned char *s, const double *, double *out) {
+  if (xgWKB_shape_is_nil(s)) return *out = 0.0, XGWKB_OK;
+  return xgWKB_shape_get_area(s, 0, out);
+}
+int32_t length(const unsigned char *s, const double *, double *out) {
+  if (xgWKB_shape_is_nil(s)) return *out = 0.0, XGWKB_OK;
+  return xgWKB_shape_get_length(s, 0, out);
+}
 
 int32_t bounds(const unsigned char *s, const double *, double *out) {
   uint32_t type = 0;
   xgWKB_shape_get_type(s, &type);
   if (type == XGWKB_TYPE_ENVELOPE) {
     for (int k = 0; k < 4; ++k) std::memcpy(out + k, s + 5 + 8 * k, 8);
+    return XGWKB_OK;
+  }
+  if (type == XGWKB_TYPE_NIL) {
+    for (int k = 0; k < 4; ++k) out[k] = std::numeric_limits<double>::quiet_NaN();
     return XGWKB_OK;
   }
   _xgWKB_BOX box{};

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 namespace xgpy {
 
@@ -183,6 +184,10 @@ bytes(shape) gives the blob back.)");
         if (s.type() == XGWKB_TYPE_ENVELOPE) {
           const unsigned char *p = s.data() + 5;
           return py::make_tuple(load_f64(p), load_f64(p + 8), load_f64(p + 16), load_f64(p + 24));
+        }
+        if (s.type() == XGWKB_TYPE_NIL) {
+          const double nan = std::numeric_limits<double>::quiet_NaN();
+          return py::make_tuple(nan, nan, nan, nan);  // the empty shape has no bounds
         }
         _xgWKB_BOX box{};
         int32_t status = xgWKB_shape_get_extent(s.data(), 0, &box);

@@ -125,3 +125,22 @@ def test_operations_give_expected_values(square):
     assert merged.type == "LineString" and xg.length(merged) == 2.0
     assert xg.envelope_contains(square, xg.envelope_from_bounds(1, 1, 2, 2))
     assert xg.is_valid_reason(square) == "Valid Geometry"
+
+
+def test_overlay_splits_into_three_parts(square, data):
+    only_a, only_b, common = xg.overlay(square, xg.box(5, 5, 20, 20))
+    assert [xg.area(p) for p in (only_a, only_b, common)] == pytest.approx([75.0, 200.0, 25.0])
+    _, polys = data
+    parts = xg.overlay(polys, polys[::-1], errors="ignore")
+    loop_parts = [xg.overlay(x, y, errors="ignore") for x, y in zip(polys, polys[::-1])]
+    for k in range(3):
+        assert all(same(v, p[k]) for v, p in zip(parts[k], loop_parts))
+    with pytest.raises(xg.GeometryError):
+        xg.overlay(xg.linestrings([[0, 0], [1, 1]]), square)
+
+
+def test_the_nil_shape_measures_zero_and_has_no_bounds(square):
+    empty = xg.intersection(square, xg.box(50, 50, 60, 60))
+    assert empty.type == "Nil"
+    assert xg.area(empty) == 0.0 and xg.length(empty) == 0.0
+    assert all(np.isnan(xg.bounds(empty)))
