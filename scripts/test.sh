@@ -25,11 +25,15 @@ ctest --test-dir "$dir" --output-on-failure -j"$(nproc)"
 if [ -f "$dir/python/xggeokit/__init__.py" ]; then
   python=$(sed -n 's/^Python3_EXECUTABLE:FILEPATH=//p' "$dir/CMakeCache.txt")
   if [ "$sanitize" = 1 ]; then
-    # The interpreter itself is not instrumented: the sanitizer runtime is preloaded so that the
-    # instrumented extension and library can load, and leak detection is off because the
-    # interpreter keeps its own objects alive at exit (the suite counts its own allocations).
-    LD_PRELOAD="$(g++ -print-file-name=libasan.so)" ASAN_OPTIONS=detect_leaks=0:abort_on_error=1 \
-      XGGEO_SANITIZED=1 PYTHONPATH="$dir/python" "$python" -m pytest -q -p no:cacheprovider python/tests
+    # The interpreter is not instrumented, so the sanitizer runtime is preloaded for the
+    # instrumented extension and library, with libstdc++ after it (the runtime must find the C++
+    # exception functions when it starts, and the interpreter does not load them itself).  Leak
+    # detection is off because the interpreter keeps objects alive at exit; the suite counts the
+    # library's allocations itself in the normal run.  --capture=sys leaves file descriptor 2
+    # alone so that a sanitizer report reaches the terminal.
+    LD_PRELOAD="$(g++ -print-file-name=libasan.so) $(g++ -print-file-name=libstdc++.so.6)" \
+      ASAN_OPTIONS=detect_leaks=0:abort_on_error=1 XGGEO_SANITIZED=1 PYTHONPATH="$dir/python" \
+      "$python" -m pytest -q -p no:cacheprovider --capture=sys python/tests
   else
     PYTHONPATH="$dir/python" "$python" -m pytest -q -p no:cacheprovider python/tests
   fi

@@ -62,8 +62,11 @@ std::vector<double> params_of(const std::vector<double> &given, std::size_t at_l
   return p;
 }
 
+// numpy.empty(n, dtype=object): every item None.  The function is looked up once and kept for
+// the life of the process (never released, so nothing runs after the interpreter is gone).
 py::array new_object_array(std::size_t n) {
-  return py::module_::import("numpy").attr("empty")(n, py::arg("dtype") = "object");
+  static PyObject *const empty = py::object(py::module_::import("numpy").attr("empty")).release().ptr();
+  return py::reinterpret_borrow<py::object>(empty)(n, py::arg("dtype") = "object");
 }
 
 // Stores a new reference in slot i of an object array built by new_object_array.

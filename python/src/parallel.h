@@ -17,7 +17,8 @@ constexpr std::size_t kParallelMin = 4096;
 // The number of threads a threads= argument asks for: <= 0 means every core.
 inline int thread_count(int requested) {
   if (requested > 0) return requested;
-  unsigned cores = std::thread::hardware_concurrency();
+  // Asking the system costs microseconds (it reads /sys), so it is asked once.
+  static const unsigned cores = std::thread::hardware_concurrency();
   return cores == 0 ? 1 : static_cast<int>(cores);
 }
 
@@ -27,8 +28,8 @@ inline int thread_count(int requested) {
 template <class Body>
 void parallel_for(std::size_t n, int threads, Body body) {
   pybind11::gil_scoped_release nogil;
-  int workers = thread_count(threads);
-  if (workers <= 1 || n < kParallelMin) {
+  int workers = n < kParallelMin ? 1 : thread_count(threads);
+  if (workers <= 1) {
     for (std::size_t i = 0; i < n; ++i) body(i);
     return;
   }
