@@ -235,6 +235,10 @@ const ShapeOp kShapeOps[] = {
     {"rotate", "angle, cx=0.0, cy=0.0", rotate, "Shapes rotated clockwise by angle radians about (cx, cy)."},
     {"stretch", "fx, fy, bx=0.0, by=0.0", stretch, "Shapes scaled by fx, fy about (bx, by)."},
     {"mirror", "x1, y1, x2, y2, tolerance=0.0001", mirror, "Mirror images about the line (x1, y1)-(x2, y2)."},
+    // Buffer, once the library has it: an adapter
+    //   int32_t buffer(const unsigned char *s, const double *p, unsigned char **out) {
+    //     return xgWKB_shape_generate_buffer(s, p[0], out, p[1]); }
+    // and the row {"buffer", "distance, min_radius=0.0", buffer, "..."}.
 };
 
 const TextOp kTextOps[] = {
@@ -272,6 +276,8 @@ const BinaryShapeOp kBinaryShapeOps[] = {
     {"difference", xgWKB_shape_difference, "a without b."},
     {"symmetric_difference", xgWKB_shape_symmetric_difference, "What lies in exactly one of a and b."},
     {"merge", xgWKB_shape_merge, "a and b merged into one shape, lines joined end to end."},
+    // Clipping, once the library has it: {"clip", xgWKB_shape_clip, "..."} (b an envelope shape);
+    // the package then also defines clip_by_rect(geometry, xmin, ymin, xmax, ymax).
 };
 
 const ReadOp kReadOps[] = {
