@@ -144,3 +144,45 @@ def test_the_nil_shape_measures_zero_and_has_no_bounds(square):
     assert empty.type == "Nil"
     assert xg.area(empty) == 0.0 and xg.length(empty) == 0.0
     assert all(np.isnan(xg.bounds(empty)))
+
+
+def test_the_gil_is_released_during_a_call():
+    import threading
+    shapes = random_polygons(np.random.default_rng(5), 20000)
+    count, running = [0], [True]
+
+    def spin():
+        while running[0]:
+            count[0] += 1
+    spinner = threading.Thread(target=spin)
+    spinner.start()
+    try:
+        best = 0
+        for _ in range(3):
+            before = count[0]
+            xg.convex_hull(np.concatenate([shapes] * 10), threads=1)  # a call of a good fraction of a second
+            best = max(best, count[0] - before)
+    finally:
+        running[0] = False
+        spinner.join()
+    # With the GIL held the other thread could only run between the two reads of the counter.
+    assert best > 10000
+
+
+@pytest.mark.parametrize("name, params, expected", [
+    ("move", (1.0, -1.0), (1.0, -1.0, 11.0, 9.0)),
+    ("stretch", (2.0, 0.5, 0.0, 0.0), (0.0, 0.0, 20.0, 5.0)),
+    ("rotate", (math.pi, 5.0, 5.0), (0.0, 0.0, 10.0, 10.0)),
+    ("mirror", (20.0, 0.0, 20.0, 1.0, 0.0001), (30.0, 0.0, 40.0, 10.0)),
+])
+def test_transforms_move_the_bounds_and_leave_the_input(square, name, params, expected):
+    before = bytes(square)
+    moved = getattr(xg, name)(square, *params)
+    assert xg.bounds(moved) == pytest.approx(expected, abs=1e-9)
+    assert xg.area(moved) == pytest.approx(100.0 * (2.0 * 0.5 if name == "stretch" else 1.0))
+    assert bytes(square) == before  # shapes are immutable: transforms work on copies
+
+
+def test_dialect_and_ogc_text_read_to_the_same_shape():
+    assert xg.from_wkt("point (1 2)") == xg.from_wkt("POINT (1 2)") == xg.points([1, 2])
+    assert xg.from_wkt("  Polygon((0 0,1 0,1 1,0 0))") == xg.from_wkt("polygon ((0 0, 1 0, 1 1, 0 0))")
