@@ -136,6 +136,13 @@ run difference -a "polygon ((0 0,10 0,10 10,0 10,0 0))" -b "polygon ((2 2,4 2,4 
 run symdifference -a "linestring (0 0,10 0)" -b "linestring (5 0,15 0)"
 
 # Buffer and clipping
+show "Buffer: a square shrunk by 1; a point below the minimum radius 2 gets none"
+run buffer -1 -a "polygon ((0 0,10 0,10 10,0 10,0 0))"
+run buffer 1 2 -a "point (0 0)"
+show "Clip to the box 0 0 10 10: a line leaving and re-entering comes back in two parts"
+run clip 0 0 10 10 -a "linestring (1 1,5 15,9 1)"
+show "A line cut by a square: the pieces inside (boundary included), then those outside"
+run cutline -a "linestring (-5 5,15 5)" -b "polygon ((0 0,10 0,10 10,0 10,0 0))"
 
 # Hull, distance and merge
 

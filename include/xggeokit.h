@@ -757,6 +757,14 @@ XGGEO_API int32_t xgWKB_shape_from_ogc_wkt(const char *text, uint32_t flags, uns
 XGGEO_API int32_t xgWKB_shape_from_ogc_wkt_ex(const char *text, uint32_t flags, unsigned char **out,
                                               size_t *error_offset) XGGEO_NOEXCEPT;
 
+/* Reads a text in the library's own WKT dialect (see "Well-Known Text") as
+ * xgWKB_shape_generate_from_WKT does, but reports a text the dialect does not allow: returns 0
+ * with a new shape in *out (release with xgWKB_shape_free), -65 (text or out null), -27 a first
+ * word other than the six geometry keywords (*error_offset 0), -204 the text does not follow the
+ * dialect, with the byte offset where the reader stopped in *error_offset (which may be null),
+ * -1 out of memory.  On failure nothing is allocated and *out is untouched. */
+XGGEO_API int32_t xgWKB_shape_from_WKT_ex(const char *text, unsigned char **out, size_t *error_offset) XGGEO_NOEXCEPT;
+
 /* Writes a shape of type 1-6 as OGC WKT: upper-case keywords, ", " between points, multipoints
  * as MULTIPOINT ((x y), ...), parts without points as EMPTY; the nil shape gives POINT EMPTY.
  * precision -1 writes each coordinate with the fewest digits that read back to the same double,
@@ -859,6 +867,56 @@ XGGEO_API int32_t xgWKB_shape_overlay(const unsigned char *a, const unsigned cha
 /* ------------------------------------------------------------------------------------------ */
 /* Buffer and clipping                                                                        */
 /* ------------------------------------------------------------------------------------------ */
+
+/* The region within distance of a shape, as a new blob in *out (released with xgWKB_shape_free):
+ *  - point: the circle block, a 678-byte multipolygon of one ring of 41 points starting and
+ *    ending at (x + distance, y), counter-clockwise, vertex i at angle i * 2pi / 40 (2pi and 40
+ *    in single precision); distance < min_radius stores null;
+ *  - linestring, multilinestring, multipoint: the union of 40-gon circles of radius |distance|
+ *    around every vertex and rectangles around every segment, as a multipolygon (nil when it
+ *    has no area); distance < min_radius writes nothing;
+ *  - polygon, multipolygon: the shape united with the buffer of all its rings (radius |distance|)
+ *    for distance >= 0, or the shape minus that buffer for distance < 0; |distance| < min_radius
+ *    or no ring writes nothing; a buffer without area gives a byte copy of the shape.
+ * Statuses: 0 (also when nothing is written: preset *out to null); -65 shape or out null; -27 a
+ * type outside 1..6 or a multi-type with a foreign member; -66 a distance or coordinate that is
+ * NaN or infinite, or an extent too large to clip; -1 out of memory (nothing stored). */
+XGGEO_API int32_t xgWKB_shape_generate_buffer(const unsigned char *shape, double distance, unsigned char **out,
+                                              double min_radius) XGGEO_NOEXCEPT;
+
+/* The part of a shape inside the box whose four doubles minx, miny, maxx, maxy sit at bytes 5-36
+ * of `box` (an envelope blob; its first five bytes are not read), as a new blob in *out
+ * (released with xgWKB_shape_free), the nil shape when nothing is left:
+ *  - nil: nil; point: a copy when minx <= x <= maxx and miny <= y <= maxy (no tolerance), else
+ *    nil; multipoint: the members in the box, in order;
+ *  - linestring, multilinestring: a multilinestring of the clipped parts.  Segments are clipped
+ *    to the box grown by 0.0001 (an end up to 0.0001 outside is kept as it is, ends beyond are
+ *    moved onto the box's edges); a clipped segment starting within t (both axes, strictly) of
+ *    the last point of the current part extends it, others start a new part;
+ *  - polygon, multipolygon: the intersection with the box polygon, as a multipolygon; only a
+ *    multipolygon's result is cleaned of vertices within 0.0001 of the line through their
+ *    neighbours (a polygon's keeps them).
+ * A box with a minimum above its maximum is taken as it stands (no point is inside it).
+ * Statuses: 0; -65 shape, box or out null; -27 a type above 6 or a multi-type with a foreign
+ * member; -66 a polygon or box coordinate that is NaN or infinite; -1 out of memory.  Nothing is
+ * stored on a failure. */
+XGGEO_API int32_t xgWKB_shape_clip(const unsigned char *shape, const unsigned char *box, unsigned char **out,
+                                   double t) XGGEO_NOEXCEPT;
+
+/* The pieces of a linestring cut by a polygon: both members are multilinestrings (the nil shape
+ * when there is no piece of that kind), released with xgWKB_shape_free. */
+typedef struct _xgWKB_LINE_PIECES {
+  unsigned char *inside;   /* pieces inside the polygon or on its boundary, in line order */
+  unsigned char *outside;  /* pieces outside the polygon, in line order */
+} _xgWKB_LINE_PIECES;
+
+/* Cuts a linestring or multilinestring by a polygon or multipolygon where they meet within t
+ * and stores both kinds of pieces in *pieces, consecutive pieces of a kind joined back along their
+ * line.  Returns 1 on success; -1 on failure (a null pointer, a line that is not a line type or a
+ * polygon that is not a polygon type, a foreign member, a NaN or infinite coordinate or t, out of
+ * memory), with *pieces untouched. */
+XGGEO_API int32_t xgWKB_shape_ClipLinestringPolygon(const unsigned char *line, const unsigned char *polygon,
+                                                    _xgWKB_LINE_PIECES *pieces, double t) XGGEO_NOEXCEPT;
 
 /* ------------------------------------------------------------------------------------------ */
 /* Convex hull, distance and line merge                                                       */

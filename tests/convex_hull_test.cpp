@@ -12,22 +12,12 @@
 #include "construct/convex_hull.h"
 #include "core/blob.h"
 #include "support/blob_builder.h"
+#include "support/edit_result.h"
 #include "support/geos_oracle.h"
 
 using namespace xgtest;
 
 namespace {
-
-struct Owned {
-  unsigned char* p = nullptr;
-  ~Owned() { xgWKB_shape_free(p); }
-};
-
-Bytes to_bytes(const unsigned char* blob) {
-  uint32_t size = 0;
-  EXPECT_EQ(xgWKB_shape_get_WKB_size(blob, &size), XGWKB_OK);
-  return Bytes(blob, blob + size);
-}
 
 Bytes multipoint_of(const Ring& pts) {
   std::vector<Bytes> members;
@@ -42,7 +32,6 @@ TEST(ConvexHull, ExactResultsOfTheWalk) {
     Bytes in;
     Bytes want;
   } cases[] = {
-      {"unit square from its lower left corner", polygon({unit}), polygon({unit})},
       {"square scrambled: starts at the first smallest x, counter-clockwise",
        multipoint_of({{1, 1}, {0, 1}, {1, 0}, {0, 0}, {0.5, 0.5}}),
        polygon({{{0, 1}, {0, 0}, {1, 0}, {1, 1}, {0, 1}}})},
@@ -55,7 +44,7 @@ TEST(ConvexHull, ExactResultsOfTheWalk) {
       {"two points of a line", linestring({{5, 5}, {1, 2}}), linestring({{5, 5}, {1, 2}})},
       {"a point is copied", point(7, -3), point(7, -3)},
       {"a one-point line gives the point", linestring({{7, -3}}), point(7, -3)},
-      {"holes play no part", polygon({unit, {{0.2, 0.2}, {0.2, 2}, {0.4, 0.4}, {0.2, 0.2}}}), polygon({unit})},
+      {"from the lower left corner; holes play no part", polygon({unit, {{0.2, 0.2}, {0.2, 2}, {0.4, 0.4}, {0.2, 0.2}}}), polygon({unit})},
       {"a multipolygon's inner rings play no part",
        multi(XGWKB_TYPE_MULTIPOLYGON, {polygon({unit, {{0.5, 0.5}, {-9, 9}, {0.6, 0.5}, {0.5, 0.5}}}),
                                        polygon({{{3, 0}, {4, 0}, {3, 1}, {3, 0}}})}),
@@ -68,16 +57,10 @@ TEST(ConvexHull, ExactResultsOfTheWalk) {
   };
   for (const auto& c : cases) {
     const Misaligned in(c.in);
-    Owned out;
+    Out out;
     ASSERT_EQ(xgWKB_shape_generate_convex_hull(in.data(), &out.p, 1e-6), XGWKB_OK) << c.name;
-    EXPECT_EQ(to_bytes(out.p), c.want) << c.name;
+    EXPECT_EQ(out.bytes(), c.want) << c.name;
   }
-  Owned ring;
-  ASSERT_EQ(xgWKB_shape_generate_convex_hull(polygon({unit}).data(), &ring.p, 1e-6), XGWKB_OK);
-  EXPECT_EQ(to_bytes(ring.p).size(), 16u * 5 + 13);
-  Owned one;
-  ASSERT_EQ(xgWKB_shape_generate_convex_hull(multipoint_of({{3, 3}, {3, 3}, {3, 3}}).data(), &one.p, 0), XGWKB_OK);
-  EXPECT_EQ(to_bytes(one.p).size(), 29u);
 }
 
 TEST(ConvexHull, StatusesForBadInput) {
@@ -138,13 +121,10 @@ Ring random_set(std::mt19937& rng, int kind, int n, double scale) {
   return pts;
 }
 
-void expect_same_list(const std::vector<_xgWKB_POINT>& want, const std::vector<_xgWKB_POINT>& got,
-                      const std::string& what) {
-  ASSERT_EQ(want.size(), got.size()) << what;
-  for (std::size_t i = 0; i < want.size(); ++i) {
-    EXPECT_EQ(want[i].x, got[i].x) << what << " point " << i;
-    EXPECT_EQ(want[i].y, got[i].y) << what << " point " << i;
-  }
+std::vector<std::pair<double, double>> pairs(const std::vector<_xgWKB_POINT>& pts) {
+  std::vector<std::pair<double, double>> out;
+  for (const _xgWKB_POINT& p : pts) out.emplace_back(p.x, p.y);
+  return out;
 }
 
 // The pre-filter and the indexed walk against the plain walk on the whole set.
@@ -157,22 +137,15 @@ TEST(ConvexHull, FilteredAndIndexedWalksGiveTheListOfThePlainWalk) {
     const double scale = std::array<double, 3>{1, 1e3, 1e-2}[(round / 20) % 3];
     const int n = round % 7 == 0 ? 1500 : 20 + static_cast<int>(rng() % 400);
     const Ring pts = random_set(rng, kind, n, scale);
-    const std::vector<_xgWKB_POINT> whole = xg::gift_wrap(pts.data(), pts.size(), t);
-    const std::string what = "round " + std::to_string(round);
-    expect_same_list(whole, xg::gift_wrap_indexed(pts.data(), pts.size(), t), what + " indexed");
-    expect_same_list(whole, xg::convex_hull_list(pts.data(), pts.size(), t), what + " filtered");
+    const auto whole = pairs(xg::gift_wrap(pts.data(), pts.size(), t));
+    EXPECT_EQ(whole, pairs(xg::gift_wrap_indexed(pts.data(), pts.size(), t))) << "indexed, round " << round;
+    EXPECT_EQ(whole, pairs(xg::convex_hull_list(pts.data(), pts.size(), t))) << "filtered, round " << round;
     if (xg::hull_candidates(pts.data(), pts.size(), t).size() < pts.size() / 2) ++dropped_some;
   }
   EXPECT_GT(dropped_some, 20);  // the filter was at work in the comparison
 }
 
-double ring_area(const std::vector<_xgWKB_POINT>& r) {
-  double s = 0;
-  for (std::size_t i = 1; i < r.size(); ++i) s += r[i - 1].x * r[i].y - r[i].x * r[i - 1].y;
-  return 0.5 * s;
-}
-
-TEST(ConvexHull, AreaAndVerticesAgreeWithGeos) {
+TEST(ConvexHull, VerticesAgreeWithGeos) {
   GeosOracle oracle;
   std::mt19937 rng(7);
   std::uniform_real_distribution<double> u(0, 100);
@@ -190,7 +163,7 @@ TEST(ConvexHull, AreaAndVerticesAgreeWithGeos) {
         break;
       }
     }
-    Owned ours;
+    Out ours;
     ASSERT_EQ(xgWKB_shape_generate_convex_hull(shape.data(), &ours.p, 1e-9), XGWKB_OK);
     ASSERT_EQ(xg::shape_type(ours.p), XGWKB_TYPE_POLYGON);
     const xg::PointRun ring{ours.p + xg::kCountedHeaderSize};
@@ -198,9 +171,6 @@ TEST(ConvexHull, AreaAndVerticesAgreeWithGeos) {
     ring.copy_to(ring_pts.data());
     GeosGeom g(oracle, oracle.to_geos(shape.data()));
     GeosGeom hull(oracle, GEOSConvexHull_r(oracle.handle(), g.get()));
-    double geos_area = 0;
-    GEOSArea_r(oracle.handle(), hull.get(), &geos_area);
-    EXPECT_NEAR(ring_area(ring_pts), geos_area, 1e-9 * geos_area) << "round " << round;
     std::set<std::pair<double, double>> ours_set, geos_set;
     for (std::size_t i = 0; i + 1 < ring_pts.size(); ++i) ours_set.insert({ring_pts[i].x, ring_pts[i].y});
     const Bytes geos_blob = oracle.from_geos(hull.get());

@@ -24,32 +24,23 @@ double distance_of(const Bytes& a, const Bytes& b, double t) {
 const Ring kSquare = square(0, 0, 10);
 const Ring kHole = square(4, 4, 2);
 
-TEST(Distance, ExactCases) {
+// The tolerance rules and the holes; distances in general position are left to GEOS below.
+TEST(Distance, ToleranceAndHoleCases) {
   const struct {
     const char* name;
     Bytes a, b;
     double t, want;
   } cases[] = {
-      {"points 3 and 4 apart", point(0, 0), point(3, 4), 1e-9, 5},
-      {"point inside a polygon, in no hole", point(1, 1), polygon({kSquare, kHole}), 1e-9, 0},
       {"point inside a hole: as far as the hole's ring", point(5, 5.5), polygon({kSquare, kHole}), 1e-9, 0.5},
       {"point on the boundary within t", point(10.00005, 3), polygon({kSquare}), 1e-4, 0},
       {"point on a hole's boundary within t", point(4, 5.00001), polygon({kSquare, kHole}), 1e-4, 0},
-      {"point outside: as far as the outer ring", point(13, 14), polygon({kSquare}), 1e-9, 5},
-      {"crossing lines", linestring({{0, 0}, {2, 2}}), linestring({{0, 2}, {2, 0}}), 1e-9, 0},
-      {"parallel lines", linestring({{0, 0}, {2, 0}}), linestring({{-5, 1}, {5, 1}}), 1e-9, 1},
-      {"end to segment", linestring({{0, 0}, {2, 0}}), linestring({{1, 3}, {1, 0.5}}), 1e-9, 0.5},
       {"zero-length segment is a point", linestring({{1, 1}, {1, 1}}), linestring({{0, 0}, {4, 0}}), 1e-9, 1},
       {"multipoint member closer than t counts 0", multi(XGWKB_TYPE_MULTIPOINT, {point(9, 9), point(0, 0.00001)}),
        point(0, 0), 1e-4, 0},
+      // Two linestrings do not snap below t, a multilinestring does: intended.
       {"line and line do not snap below t", linestring({{0, 0}, {1, 0}}), linestring({{0, 0.00005}, {1, 0.00005}}),
        1e-4, 0.00005},
       {"multilines snap below t", multiline({{{0, 0}, {1, 0}}}), linestring({{0, 0.00005}, {1, 0.00005}}), 1e-4, 0},
-      {"line inside a polygon", linestring({{1, 1}, {2, 2}}), polygon({kSquare, kHole}), 1e-9, 0},
-      {"line inside a hole", linestring({{4.5, 5}, {5.5, 5}}), polygon({kSquare, kHole}), 1e-9, 0.5},
-      {"polygon inside a polygon", polygon({square(1, 1, 1)}), polygon({kSquare, kHole}), 1e-9, 0},
-      {"polygon inside a hole", polygon({square(4.5, 4.5, 1)}), polygon({kSquare, kHole}), 1e-9, 0.5},
-      {"polygons apart", polygon({square(12, 0, 1)}), polygon({kSquare}), 1e-9, 2},
       {"polygons 0.00005 apart meet under the fixed tolerance", polygon({square(10.00005, 0, 1)}),
        polygon({kSquare}), 1e-12, 0},
       {"multipolygon member inside the other's hole",
@@ -159,16 +150,10 @@ class Shapes {
   std::mt19937 rng_;
 };
 
-double geos_distance(const GeosOracle& oracle, const Bytes& a, const Bytes& b) {
-  GeosGeom ga(oracle, oracle.to_geos(a.data()));
-  GeosGeom gb(oracle, oracle.to_geos(b.data()));
-  double d = -1;
-  EXPECT_EQ(GEOSDistance_r(oracle.handle(), ga.get(), gb.get(), &d), 1);
-  return d;
-}
-
 void expect_as_geos(const GeosOracle& oracle, const Bytes& a, const Bytes& b, const char* what, int round) {
-  const double want = geos_distance(oracle, a, b);
+  GeosGeom ga(oracle, oracle.to_geos(a.data())), gb(oracle, oracle.to_geos(b.data()));
+  double want = -1;
+  EXPECT_EQ(GEOSDistance_r(oracle.handle(), ga.get(), gb.get(), &want), 1);
   const double ab = distance_of(a, b, 1e-12);
   const double ba = distance_of(b, a, 1e-12);
   EXPECT_NEAR(ab, want, 1e-9 * want + 1e-12) << what << " round " << round;
@@ -199,8 +184,6 @@ TEST(Distance, ShapesInsideHolesAndInteriorsAgreeWithGeos) {
         expect_as_geos(oracle, holed, inner, "in a hole", round);
         // The same shape moved into the polygon's ring body: distance 0.
         Bytes moved = inner;
-        uint32_t size = 0;
-        ASSERT_EQ(xgWKB_shape_get_WKB_size(moved.data(), &size), XGWKB_OK);
         ASSERT_EQ(xgWKB_shape_move(moved.data(), 4.5, 0), XGWKB_OK);
         expect_as_geos(oracle, holed, moved, "in the ring body", round);
       }

@@ -105,3 +105,25 @@ TEST(ForeignMember, MemberWalkStopsBeforeTheForeignMember) {
   EXPECT_FALSE(xg::for_each_coord(shape.data(), [&](const unsigned char*) { ++coords; }));
   EXPECT_EQ(coords, 2u);
 }
+
+TEST(ForeignMember, MeasuresAndIndexedAccessRefuse) {
+  for (const ForeignCase& c : foreign_cases()) {
+    SCOPED_TRACE(c.name);
+    const Misaligned shape(c.blob);
+    const unsigned char* s = shape.data();
+    double value = -1;
+    uint32_t count = 0;
+    _xgWKB_BOX box{};
+    std::vector<_xgWKB_POINT> pts(64);
+    unsigned char* out = kUntouched;
+    EXPECT_EQ(xgWKB_shape_get_length(s, 2, &value), XGWKB_E_INVALID_SHAPE);
+    EXPECT_EQ(xgWKB_shape_get_area(s, 2, &value), XGWKB_E_INVALID_SHAPE);
+    EXPECT_EQ(xgWKB_shape_get_extent(s, 1, &box), XGWKB_E_INVALID_SHAPE);
+    EXPECT_EQ(xgWKB_shape_get_num_points(s, 2, 0, &count), XGWKB_E_INVALID_SHAPE);
+    EXPECT_EQ(xgWKB_shape_get_num_subparts(s, 1, &count), XGWKB_E_INVALID_SHAPE);
+    EXPECT_EQ(xgWKB_shape_get_points(s, 2, pts.data()), XGWKB_E_INVALID_SHAPE);
+    EXPECT_EQ(xgWKB_shape_is_close(s, 0.0001), XGWKB_E_INVALID_SHAPE);
+    EXPECT_EQ(xgWKB_shape_generate_from_part(s, 2, &out), XGWKB_E_INVALID_SHAPE);
+    EXPECT_EQ(out, kUntouched);
+  }
+}

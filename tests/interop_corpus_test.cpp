@@ -126,3 +126,61 @@ TEST(InteropCorpus, OgcWktPrefixesAndFlipsStaySound) {
     }
   }
 }
+
+// The reporting dialect reader agrees with the original export on every prefix and flip: a
+// shape from both or from neither, the same bytes, and a stopping offset inside the text.
+TEST(InteropCorpus, DialectPrefixesStopAtTheEndAndFlipsAgreeWithTheOriginalReader) {
+  const char* const seeds[] = {"point (1.5 -2)", "linestring (0 0,1 1,2e1 0)", "polygon ((0 0,4 0,4 3,0 0),(1 1,2 1,1 1))",
+                               "multipoint (1 2,3 4)", "multilinestring ((0 0,1 1),(2 2,3 3,4 4))",
+                               "multipolygon (((0 0,1 0,0 0)),((5 5,6 6,5 5),(1 1,2 2,1 1)))", "point empty"};
+  std::mt19937 rng(17);
+  auto agree = [](const char* text, std::size_t len) -> int32_t {
+    unsigned char *ours = nullptr, *old = nullptr;
+    std::size_t offset = len + 1;
+    const int32_t status = xgWKB_shape_from_WKT_ex(text, &ours, &offset);
+    const int32_t old_status = xgWKB_shape_generate_from_WKT(text, &old);
+    if (status == 0) {
+      uint32_t size = 5;
+      if (ours[1] != XGWKB_TYPE_NIL) {
+        EXPECT_EQ(xgWKB_shape_get_WKB_size(ours, &size), 0);
+      }
+      EXPECT_EQ(old_status, 0);
+      EXPECT_TRUE(old != nullptr && std::memcmp(ours, old, size) == 0) << text;
+      expect_sound(ours);
+    } else {
+      EXPECT_EQ(ours, nullptr);
+      EXPECT_EQ(old, nullptr) << text;
+      EXPECT_EQ(old_status, status == XGWKB_E_TEXT_SYNTAX ? 0 : status) << text;
+      EXPECT_LE(offset, len) << text;
+    }
+    xgWKB_shape_free(old);
+    return status;
+  };
+  for (const char* seed : seeds) {
+    const Bytes valid(seed, seed + std::strlen(seed) + 1);
+    for (std::size_t n = 0; n < valid.size(); ++n) {
+      Bytes prefix(valid.begin(), valid.begin() + n);
+      prefix.push_back(0);
+      exact(prefix.data(), prefix.size(), [&](const unsigned char* p, std::size_t) {
+        const char* text = reinterpret_cast<const char*>(p);
+        const int32_t status = agree(text, n);
+        if (n + 1 == valid.size()) {
+          EXPECT_EQ(status, 0) << text;
+        } else if (status == XGWKB_E_TEXT_SYNTAX) {  // a truncated text is read to its end
+          std::size_t offset = 0;
+          unsigned char* out = nullptr;
+          xgWKB_shape_from_WKT_ex(text, &out, &offset);
+          EXPECT_EQ(offset, n) << text;
+        } else {
+          EXPECT_EQ(status, XGWKB_E_INVALID_ENTITY) << text;  // the keyword itself cut short
+        }
+      });
+    }
+    for (int i = 0; i < 400; ++i) {
+      Bytes bad = flipped(Bytes(valid.begin(), valid.end() - 1), rng);
+      bad.push_back(0);
+      const std::size_t len = std::strlen(reinterpret_cast<const char*>(bad.data()));  // a flip may put a zero in
+      exact(bad.data(), bad.size(), [&](const unsigned char* p, std::size_t) { agree(reinterpret_cast<const char*>(p), len); });
+    }
+  }
+}

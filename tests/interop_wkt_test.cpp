@@ -1,6 +1,7 @@
 // OGC simple-features WKT in and out.
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -140,4 +141,19 @@ TEST(OgcWktWrite, ShortestDigitsReadBackToTheSameDouble) {
   const Bytes line = linestring(pts);
   const std::string text = write(line);
   EXPECT_EQ(read(text.c_str()).blob, line);
+}
+
+// Fixed digits of huge values outgrow the first estimate of the text's length many times over.
+TEST(OgcWktWrite, LongFixedTextsGrowTheBufferAndStayExact) {
+  std::vector<_xgWKB_POINT> pts;
+  std::string expected = "LINESTRING (";
+  for (int i = 0; i < 300; ++i) {
+    pts.push_back({-1.5e308 / (i + 1), 3.25 * i});
+    char buf[700];
+    char* at = std::to_chars(buf, buf + sizeof buf, pts.back().x, std::chars_format::fixed, 17).ptr;
+    *at++ = ' ';
+    at = std::to_chars(at, buf + sizeof buf, pts.back().y, std::chars_format::fixed, 17).ptr;
+    expected += (i == 0 ? "" : ", ") + std::string(buf, at);
+  }
+  EXPECT_EQ(write(linestring(pts), 17), expected + ")");
 }

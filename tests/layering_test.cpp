@@ -64,8 +64,6 @@ std::string code_only(const std::string& text) {
 
 }  // namespace
 
-TEST(Layering, SourcesAreFound) { EXPECT_GT(sources().size(), 20u) << kSrc; }
-
 TEST(Layering, IncludesPointTowardCore) {
   // core is the bottom layer; relate (the shared segment and ring tests, predicates and
   // validation) sits on core alone; the other layers may use both.
@@ -74,7 +72,9 @@ TEST(Layering, IncludesPointTowardCore) {
       {"relate", {"core", "relate"}},
   };
   const std::regex include(R"(#include\s+"(\w+)/)");
-  for (const Source& s : sources()) {
+  const std::vector<Source> all = sources();
+  EXPECT_GT(all.size(), 20u) << kSrc;  // the sources are found
+  for (const Source& s : all) {
     const auto rule = allowed.find(s.layer);
     if (rule == allowed.end()) continue;
     for (std::sregex_iterator it(s.text.begin(), s.text.end(), include), end; it != end; ++it) {

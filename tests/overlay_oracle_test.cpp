@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <random>
 
 #include "support/edit_result.h"
@@ -70,10 +71,21 @@ class Shapes {
   bool grid_;
 };
 
+// 150 pairs per input kind; XGGEO_ORACLE_PAIRS and XGGEO_ORACLE_SEED widen a local run to more
+// pairs and other seeds.
+int pair_count() {
+  const char* v = std::getenv("XGGEO_ORACLE_PAIRS");
+  return v != nullptr && std::atoi(v) > 0 ? std::atoi(v) : 150;
+}
+uint32_t seed_base() {
+  const char* v = std::getenv("XGGEO_ORACLE_SEED");
+  return v != nullptr ? static_cast<uint32_t>(std::strtoul(v, nullptr, 10)) : 0;
+}
+
 using BinaryOp = int32_t (*)(const unsigned char*, const unsigned char*, unsigned char**, double);
 using GeosOp = GEOSGeometry* (*)(GEOSContextHandle_t, const GEOSGeometry*, const GEOSGeometry*);
 
-class OverlayOracle : public ::testing::TestWithParam<bool> {
+class OracleChecks : public ::testing::Test {
  protected:
   // Our result as a GEOS geometry (nil: an empty polygon).
   GEOSGeometry* geos_of(const unsigned char* blob) {
@@ -94,48 +106,34 @@ class OverlayOracle : public ::testing::TestWithParam<bool> {
   }
   bool valid(const GEOSGeometry* g) { return GEOSisValid_r(oracle_.handle(), g) == 1; }
 
-  GeosOracle oracle_;
-};
-
-}  // namespace
-
-TEST_P(OverlayOracle, RegionsMatchGeosAndOverlayPartitionsTheUnion) {
-  const bool grid = GetParam();
-  const struct {
-    const char* name;
-    BinaryOp ours;
-    GeosOp geos;
-  } ops[] = {{"difference", xgWKB_shape_difference, GEOSDifference_r},
-             {"intersection", xgWKB_shape_intersection, GEOSIntersection_r},
-             {"union", xgWKB_shape_union, GEOSUnion_r},
-             {"symmetric difference", xgWKB_shape_symmetric_difference, GEOSSymDifference_r}};
-  Shapes gen(grid ? 202 : 101, grid);
-  int invalid = 0;
-  for (int k = 0; k < 150; ++k) {
-    const Bytes a = gen.make(), b = gen.make();
-    SCOPED_TRACE(::testing::Message() << "pair " << k);
+  // Every operation on a and b against GEOS: same region, valid result; overlay's three parts
+  // valid, disjoint, making up the union.  False (nothing checked) when an operand is invalid.
+  bool check_pair(const Bytes& a, const Bytes& b) {
+    const struct {
+      const char* name;
+      BinaryOp ours;
+      GeosOp geos;
+    } ops[] = {{"difference", xgWKB_shape_difference, GEOSDifference_r},
+               {"intersection", xgWKB_shape_intersection, GEOSIntersection_r},
+               {"union", xgWKB_shape_union, GEOSUnion_r},
+               {"symmetric difference", xgWKB_shape_symmetric_difference, GEOSSymDifference_r}};
     GeosGeom ga(oracle_, oracle_.to_geos(a.data())), gb(oracle_, oracle_.to_geos(b.data()));
     SCOPED_TRACE(oracle_.to_wkt(ga.get()) + "\n" + oracle_.to_wkt(gb.get()));
-    ASSERT_TRUE(valid(ga.get()) && valid(gb.get()));
+    if (!valid(ga.get()) || !valid(gb.get())) return false;
     const double scale = 1e-9 * area_of(GEOSUnion_r, ga.get(), gb.get());
     for (const auto& op : ops) {
       SCOPED_TRACE(op.name);
       Out ours;
-      ASSERT_EQ(op.ours(Misaligned(a).data(), Misaligned(b).data(), &ours.p, 0), 0);
+      EXPECT_EQ(op.ours(Misaligned(a).data(), Misaligned(b).data(), &ours.p, 0), 0);
+      if (ours.p == nullptr) continue;
       GeosGeom mine(oracle_, geos_of(ours.p)), ref(oracle_, op.geos(oracle_.handle(), ga.get(), gb.get()));
-      if (!valid(mine.get())) {
-        // Known defect: on the grid, a symmetric difference can keep a hole pinched against its
-        // outer ring (or a piece along another's edge) where several holes meet: the region is
-        // right, the multipolygon is not valid.  Counted, not hidden.
-        const bool known = grid && op.ours == xgWKB_shape_symmetric_difference;
-        invalid += known;
-        EXPECT_TRUE(known) << oracle_.to_wkt(mine.get());
-      }
+      EXPECT_TRUE(valid(mine.get())) << oracle_.to_wkt(mine.get());
       EXPECT_LT(area_of(GEOSSymDifference_r, mine.get(), ref.get()), scale)
           << oracle_.to_wkt(mine.get()) << "\nGEOS: " << oracle_.to_wkt(ref.get());
     }
     Out only_a, only_b, common;
-    ASSERT_EQ(xgWKB_shape_overlay(a.data(), b.data(), &only_a.p, &only_b.p, &common.p, 0), 0);
+    EXPECT_EQ(xgWKB_shape_overlay(a.data(), b.data(), &only_a.p, &only_b.p, &common.p, 0), 0);
+    if (only_a.p == nullptr || only_b.p == nullptr || common.p == nullptr) return true;
     GeosGeom oa(oracle_, geos_of(only_a.p)), ob(oracle_, geos_of(only_b.p)), oc(oracle_, geos_of(common.p));
     for (const GEOSGeometry* g : {oa.get(), ob.get(), oc.get()}) EXPECT_TRUE(valid(g)) << oracle_.to_wkt(g);
     EXPECT_LT(area_of(GEOSIntersection_r, oa.get(), ob.get()) + area_of(GEOSIntersection_r, oa.get(), oc.get()) +
@@ -153,8 +151,64 @@ TEST_P(OverlayOracle, RegionsMatchGeosAndOverlayPartitionsTheUnion) {
       GeosGeom ref(oracle_, part.op(oracle_.handle(), part.x, part.y));
       EXPECT_LT(area_of(GEOSSymDifference_r, part.ours, ref.get()), scale) << oracle_.to_wkt(part.ours);
     }
+    return true;
   }
-  EXPECT_LE(invalid, 4);  // of 150 grid pairs (3 at the time of writing)
+
+  Bytes from_wkt(const char* wkt) {
+    GeosGeom g(oracle_, oracle_.from_wkt(wkt));
+    return oracle_.from_geos(g.get());
+  }
+
+  GeosOracle oracle_;
+};
+
+class OverlayOracle : public OracleChecks, public ::testing::WithParamInterface<bool> {};
+
+}  // namespace
+
+// Operands whose results touch themselves: rings meeting at vertices, holes chained from the outer
+// ring back to it, a hole along an outer edge, a ring running back along itself.
+TEST_F(OracleChecks, TouchingRingsComeOutValid) {
+  const struct {
+    const char *a, *b;
+  } cases[] = {
+      // A hole of the clip along the subject's edge: a notch, not a hole on the outer ring.
+      {"POLYGON ((0 2, 7 2, 7 6, 0 6, 0 2), (2 5, 4 5, 4 3, 2 3, 2 5))",
+       "POLYGON ((1 2, 5 2, 5 14, 1 14, 1 2), (2 8, 4 8, 4 6, 2 6, 2 8))"},
+      // Holes touching each other and the outer ring cut a symmetric difference in two.
+      {"MULTIPOLYGON (((2 1, 8 1, 8 10, 2 10, 2 1), (3 6, 5 6, 5 4, 3 4, 3 6)), "
+       "((18 2, 27 2, 27 10, 18 10, 18 2), (20 7, 22 7, 22 5, 20 5, 20 7)))",
+       "MULTIPOLYGON (((0 1, 10 1, 10 7, 0 7, 0 1), (2 4, 4 4, 4 2, 2 2, 2 4)), "
+       "((17 1, 21 1, 21 9, 17 9, 17 1), (18 6, 20 6, 20 4, 18 4, 18 6)))"},
+      {"POLYGON ((0 2, 7 2, 7 6, 0 6, 0 2), (2 5, 4 5, 4 3, 2 3, 2 5))",
+       "POLYGON ((0 0, 5 0, 5 5, 0 5, 0 0), (1 3, 3 3, 3 1, 1 1, 1 3))"},
+      // An intersection joined by a bridge of no width along y = 2.
+      {"POLYGON ((0 2, 6 2, 6 14, 0 14, 0 2), (2 5, 4 5, 4 3, 2 3, 2 5))",
+       "POLYGON ((2 1, 6 1, 6 7, 2 7, 2 1), (3 4, 5 4, 5 2, 3 2, 3 4))"},
+      // Squares meeting at corners; a hole touching its outer ring at one point (valid as is).
+      {"POLYGON ((0 0, 2 0, 2 2, 0 2, 0 0))", "POLYGON ((2 2, 4 2, 4 4, 2 4, 2 2))"},
+      {"POLYGON ((0 0, 6 0, 6 6, 0 6, 0 0), (0 3, 3 5, 3 1, 0 3))", "POLYGON ((5 5, 8 5, 8 8, 5 8, 5 5))"},
+      // A C whose tips meet the other operand at one point.
+      {"POLYGON ((0 0, 6 0, 6 6, 0 6, 0 4, 4 4, 4 2, 0 2, 0 0))", "POLYGON ((-2 2, 0 3, -2 4, -2 2))"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.a);
+    EXPECT_TRUE(check_pair(from_wkt(c.a), from_wkt(c.b)));
+  }
+}
+
+TEST_P(OverlayOracle, RegionsMatchGeosAndOverlayPartitionsTheUnion) {
+  const bool grid = GetParam();
+  Shapes gen(seed_base() + (grid ? 202 : 101), grid);
+  const int pairs = pair_count();
+  int skipped = 0;
+  for (int k = 0; k < pairs; ++k) {
+    const Bytes a = gen.make(), b = gen.make();
+    SCOPED_TRACE(::testing::Message() << "pair " << k);
+    // A star with few points can cut into its own hole; such a pair tests nothing here.
+    if (!check_pair(a, b)) ++skipped;
+  }
+  EXPECT_LE(skipped, pairs / 20);  // the generator makes valid shapes nearly always
 }
 
 INSTANTIATE_TEST_SUITE_P(Inputs, OverlayOracle, ::testing::Values(false, true),

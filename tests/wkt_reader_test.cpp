@@ -49,20 +49,31 @@ TEST(WktReader, BuildsTheShapeOfWellFormedTexts) {
 }
 
 TEST(WktReader, MakesNoShapeForTextsOffTheDialectAndRefusesOtherKeywords) {
-  // Texts of the six types that the reader turns down make no shape but report success.
-  const std::pair<const char*, int32_t> cases[] = {
-      {"linestring (1 2, 3 4)", 0}, {"linestring ( 1 2,3 4)", 0}, {"linestring (1 2,3 4) ", 0},
-      {"linestring (1 2,3 4))", 0}, {"linestring 1 2,3 4", 0}, {"point", 0}, {"polygon  empty", 0},
-      {"point empty ", 0}, {"linestring (1 2,3", 0}, {"linestring (1 2,3 4", 0}, {"linestring (", 0},
-      {"linestring ()", 0}, {"polygon (0 0,1 1,0 0)", 0}, {"polygon ((0 0,1 1),(2 2,3 3)", 0},
-      {"polygon ((0 0,1 1), (2 2,3 3))", 0}, {"polygon ((0 0,1 1)),((2 2,3 3))", 0},
-      {"multilinestring ((0 0,1 1)))", 0}, {"multipolygon (((0 0,1 1)),(2 2,3 3)))", 0},
-      {"multipolygon (((0 0,1 1)))x", 0}, {"multipolygon (((0 0,1 1)),((", 0},
-      {"POINT (1 2)", -27}, {" point (1 2)", -27}, {"SingleText (1 2)", -27}, {"HoriDim 1 2", -27},
-      {"AlignedDim (1 2)", -27}, {"points (1 2)", -27}, {"", -27}, {"(1 2)", -27}, {"Point empty", -27}};
-  for (const auto& [text, status] : cases) EXPECT_EQ(read(text), std::make_pair(status, Bytes())) << text;
+  // Texts of the six types that the reader turns down make no shape but report success; the
+  // reporting reader gives -204 and the offset where reading stopped (0 for a keyword refused).
+  const struct { const char* text; int32_t status; std::size_t offset; } cases[] = {
+      {"linestring (1 2, 3 4)", -204, 16},  // a pair may not start with a blank
+      {"linestring ( 1 2,3 4)", -204, 12}, {"linestring (1 2,3 4) ", -204, 20}, {"linestring (1 2,3 4))", -204, 20},
+      {"linestring 1 2,3 4", -204, 18}, {"point", -204, 5}, {"polygon  empty", -204, 14}, {"point empty ", -204, 12},
+      {"linestring (1 2,3", -204, 17}, {"linestring (1 2,3 4", -204, 19}, {"linestring (", -204, 12},
+      {"linestring ()", -204, 13}, {"polygon (0 0,1 1,0 0)", -204, 9}, {"polygon ((0 0,1 1),(2 2,3 3)", -204, 28},
+      {"polygon ((0 0,1 1), (2 2,3 3))", -204, 19}, {"polygon ((0 0,1 1)),((2 2,3 3))", -204, 19},
+      {"multilinestring ((0 0,1 1)))", -204, 27}, {"multipolygon (((0 0,1 1)),(2 2,3 3)))", -204, 27},
+      {"multipolygon (((0 0,1 1)))x", -204, 26}, {"multipolygon (((0 0,1 1)),((", -204, 28},
+      {"POINT (1 2)", -27, 0}, {" point (1 2)", -27, 0}, {"SingleText (1 2)", -27, 0}, {"HoriDim 1 2", -27, 0},
+      {"AlignedDim (1 2)", -27, 0}, {"points (1 2)", -27, 0}, {"", -27, 0}, {"(1 2)", -27, 0}, {"Point empty", -27, 0}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(read(c.text), std::make_pair(c.status == -204 ? 0 : c.status, Bytes())) << c.text;
+    unsigned char untouched = 0, *shape = &untouched;
+    std::size_t offset = 999;
+    EXPECT_EQ(xgWKB_shape_from_WKT_ex(c.text, &shape, &offset), c.status) << c.text;
+    EXPECT_EQ(offset, c.offset) << c.text;
+    EXPECT_EQ(shape, &untouched) << c.text;
+  }
   unsigned char* shape = nullptr;
   EXPECT_EQ(xgWKB_shape_generate_from_WKT(nullptr, &shape), XGWKB_E_NULL_POINTER);
+  EXPECT_EQ(xgWKB_shape_from_WKT_ex(nullptr, &shape, nullptr), XGWKB_E_NULL_POINTER);
+  EXPECT_EQ(xgWKB_shape_from_WKT_ex("point (1 2)", nullptr, nullptr), XGWKB_E_NULL_POINTER);
 }
 
 TEST(WktType, NamesTheCodeOfTheFirstWord) {

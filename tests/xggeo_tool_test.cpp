@@ -110,7 +110,28 @@ TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines)
       // and the run goes on.
       {"points -a @data/mixed.wkt", "", "1\n2\n4\n8\n", 1,
        "mixed.wkt:8: status -27: \xE6\x97\xA0\xE6\x95\x88\xE7\x9A\x84"},
-      {"points -a @data/mixed.wkt", "", "1\n2\n4\n8\n", 1, "mixed.wkt:6: not a text in the library's WKT dialect"},
+      {"points -a @data/mixed.wkt", "", "1\n2\n4\n8\n", 1,
+       "mixed.wkt:6: offset 16: not a text in the library's WKT dialect"},  // the blank after the comma
+      // Input errors name the offset in the line: a JSON syntax fault, a wrong GeoJSON type in the
+      // second feature of a collection (counted from the start of the line), a dialect fault.
+      {"type", "{\"type\":\"Point\",\"coordinates\":[1 2]}\n", "", 1, "stdin:1: offset 33: status -204"},
+      {"type",
+       "{\"type\":\"FeatureCollection\",\"features\":[{\"type\":\"Point\",\"coordinates\":[1,2]},"
+       "{\"type\":\"Feature\",\"geometry\":{\"type\":\"Poiint\",\"coordinates\":[1,2]}}]}\n",
+       "1\n", 1, "stdin:1 feature 2: offset 114: status -199"},
+      {"type", "{\"type\":\"LineString\",\"coordinates\":[[0,0],[1]]}\n", "", 1, "stdin:1: offset 35: status -204"},
+      {"type", "{\"type\":\"Point\",\"bbox\":[0,0,1,1]}\n", "", 1, "stdin:1: offset 32: status -204"},  // no coordinates
+      // The JSON grammar's faults, each at its first offending character.
+      {"type", "{\"type\":\"Point\",\"coordinates\":[1,2]} x\n", "", 1, "stdin:1: offset 37: status -204"},
+      {"type", "{\"type\":\"Point\",\"coordinates\":[01,2]}\n", "", 1, "stdin:1: offset 32: status -204"},
+      {"type", "{\"type\":\"Po\\int\",\"coordinates\":[1,2]}\n", "", 1, "stdin:1: offset 12: status -204"},
+      {"type", "{\"type\":\"Point\",\"coordinates\":[1,2],}\n", "", 1, "stdin:1: offset 36: status -204"},
+      {"type", "{\"type\":\"Point\",\"coordinates\":[1.,2]}\n", "", 1, "stdin:1: offset 33: status -204"},
+      {"type", "{\"type\":\"Point\",\"coordinates\":[1,2]\n", "", 1, "stdin:1: offset 35: status -204"},
+      {"type", "{\"type\":\"Point\",\"coordinates\":[tru,2]}\n", "", 1, "stdin:1: offset 34: status -204"},
+      {"type", "{\"type\":\"GeometryCollection\",\"geometries\":[]}\n", "", 1, "stdin:1: offset 8: status -207"},
+      {"type", "point (1 2)\nlinestring (0 0,1 1))\n", "1\n", 1,
+       "stdin:2: offset 20: not a text in the library's WKT dialect"},
       {"extent -1 -a 'polygon ((0 0,1 0,0 0))'", "", "", 1, "status -135"},  // a number, not an option
       {"", "", "", 2}, {"nosuchop", "", "", 2}, {"wkt 'point (1 2)'", "", "", 2},
       {"extent x -a 'point (1 2)'", "", "", 2}, {"wkt -a", "", "", 2}, {"wkt -a @no/such/file.wkt", "", "", 2},
@@ -124,6 +145,16 @@ TEST(XggeoTool, RunsEachKindOfOperationReportsFailuresAndRejectsBadCommandLines)
       {"intersection -a 'linestring (0 0,1 0)' -b 'linestring (0 5,1 5)'", "", "none\n"},
       {"union -a 'point (1 2)' -b 'polygon ((0 0,4 0,4 4,0 4,0 0))'", "", "", 1, "status -134"},
       // Buffer and clipping
+      {"buffer -1 -a 'polygon ((0 0,10 0,10 10,0 10,0 0))'", "",
+       "multipolygon (((9.000000 9.000000,1.000000 9.000000,1.000000 1.000000,9.000000 1.000000,9.000000 9.000000)))\n"},
+      {"buffer 1 2 -a 'point (0 0)'", "", "none\n"},  // below the minimum radius
+      {"clip 0 0 10 10", "point (10 3)\nlinestring (1 1,5 15,9 1)\nlinestring (-5 -5,-1 -1)\n",
+       "point (10.000000 3.000000)\n"
+       "multilinestring ((1.000000 1.000000,3.571429 10.000000),(6.428571 10.000000,9.000000 1.000000))\nnil\n"},
+      {"cutline -a 'linestring (-5 5,15 5)'" + square, "",
+       "multilinestring ((0.000000 5.000000,10.000000 5.000000))\n"
+       "multilinestring ((-5.000000 5.000000,0.000000 5.000000),(10.000000 5.000000,15.000000 5.000000))\n"},
+      {"cutline -a 'point (1 1)'" + square, "", "", 1, "status -1"},
       // Hull, distance and merge
       {"hull -a 'multipoint (0 0,1 0,2 0)'", "", "linestring (2.000000 0.000000,0.000000 0.000000)\n"},
       {"distance -b 'point (3 4)'", "point (0 0)\nmultipoint (9 9,0.3 4)\n", "5\n2.7\n"},

@@ -41,6 +41,7 @@ struct Geometry {
   std::string label;  // where it came from, for messages: "-a", "file.wkt:3", "stdin:2"
   std::string text;
   Form form = Form::kDialect;
+  std::size_t begin = 0;  // where the text begins in its line (a feature of a collection)
 };
 
 struct CommandLine {
@@ -223,11 +224,13 @@ void read_lines(std::istream& in, const std::string& name, std::vector<Geometry>
     if (line.empty() || line[0] == '#') continue;
     const std::string label = name + ":" + std::to_string(number);
     const Form form = detect_form(line);
-    std::vector<std::string> features;
+    std::vector<GeoJsonPiece> features;
     // A FeatureCollection stands for the geometries of its features, one after the other.
-    if (form == Form::kGeoJson && geojson_split(line, &features) == XGWKB_OK && features.size() != 1) {
+    // (A geometry or Feature comes back as the whole line, beginning at 0.)
+    if (form == Form::kGeoJson && geojson_split(line, &features) == XGWKB_OK &&
+        (features.size() != 1 || features[0].begin != 0)) {
       for (std::size_t k = 0; k < features.size(); ++k)
-        out.push_back({label + " feature " + std::to_string(k + 1), features[k], form});
+        out.push_back({label + " feature " + std::to_string(k + 1), features[k].text, form, features[k].begin});
       continue;
     }
     out.push_back({label, line, form});
@@ -253,10 +256,8 @@ std::vector<Geometry> read_source(const std::string& source, const char* option)
 
 void report(const Op& op, const std::string& where, int32_t status, const std::string& offset = "") {
   if (status == kUnreadableText) {
-    std::fprintf(stderr,
-                 "xggeo: %s: %s: not a text in the library's WKT dialect "
-                 "(status 0, no shape made)\n",
-                 op.name, where.c_str());
+    std::fprintf(stderr, "xggeo: %s: %s: %snot a text in the library's WKT dialect (no shape made)\n", op.name,
+                 where.c_str(), offset.c_str());
     return;
   }
   char* message = nullptr;
@@ -277,7 +278,7 @@ class Shapes {
       const int32_t status = read_shape(g.text, g.form, &shape, &offset, &has_offset);
       shapes_.push_back(status == XGWKB_OK ? shape : nullptr);
       statuses_.push_back(status);
-      offsets_.push_back(has_offset ? "offset " + std::to_string(offset) + ": " : "");
+      offsets_.push_back(has_offset ? "offset " + std::to_string(g.begin + offset) + ": " : "");
     }
   }
   ~Shapes() {

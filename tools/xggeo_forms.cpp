@@ -73,8 +73,10 @@ int32_t read_shape(const std::string& text, Form form, unsigned char** shape, st
   *has_offset = false;
   switch (form) {
     case Form::kDialect: {
-      const int32_t status = xgWKB_shape_generate_from_WKT(text.c_str(), shape);
-      return status == XGWKB_OK && *shape == nullptr ? kUnreadableText : status;
+      const int32_t status = xgWKB_shape_from_WKT_ex(text.c_str(), shape, offset);
+      if (status != XGWKB_E_TEXT_SYNTAX) return status;
+      *has_offset = true;
+      return kUnreadableText;
     }
     case Form::kWkt: {
       const int32_t status = xgWKB_shape_from_ogc_wkt_ex(text.c_str(), 0, shape, offset);
@@ -94,8 +96,11 @@ int32_t read_shape(const std::string& text, Form form, unsigned char** shape, st
       }
       return status;
     }
-    case Form::kGeoJson:
-      return geojson_to_shape(text, shape);
+    case Form::kGeoJson: {
+      const int32_t status = geojson_to_shape(text, shape, offset);
+      *has_offset = status != XGWKB_OK;
+      return status;
+    }
   }
   return XGWKB_E_FAILED;
 }

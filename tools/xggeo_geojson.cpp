@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "xggeo_geom.h"
+#include "xggeo_json_scan.h"
 #include "xggeokit.h"
 
 namespace xggeo {
@@ -97,48 +98,66 @@ void write_single(std::string& out, uint32_t type, const Part& part) {
 
 }  // namespace
 
-int32_t geojson_split(const std::string& text, std::vector<std::string>* geometries) {
+int32_t geojson_split(const std::string& text, std::vector<GeoJsonPiece>* geometries) {
+  const JsonScan scan = scan_json(text);
   simdjson::dom::parser parser;
   element doc;
   std::string_view type;
-  if (parser.parse(text).get(doc) || doc["type"].get_string().get(type)) return kMalformed;
+  if (scan.error != kNoOffset || parser.parse(text).get(doc) || doc["type"].get_string().get(type)) return kMalformed;
   if (type != "FeatureCollection") {
-    geometries->push_back(text);
+    geometries->push_back({text, 0});
     return XGWKB_OK;
   }
   array features;
   if (doc["features"].get_array().get(features)) return kMalformed;
-  for (element f : features) geometries->push_back(simdjson::minify(f));
+  // Each feature keeps its own text and its place in the line, so that its faults are told by
+  // their offset in the line.
+  for (const auto& [begin, end] : scan.feature_spans) geometries->push_back({text.substr(begin, end - begin), begin});
   return XGWKB_OK;
 }
 
-int32_t geojson_to_shape(const std::string& text, unsigned char** shape) {
+int32_t geojson_to_shape(const std::string& text, unsigned char** shape, std::size_t* offset) {
+  const JsonScan scan = scan_json(text);
+  // The offset of a fault: the member's value when it is there, else the closing brace of the
+  // object that lacks it, else the start.
+  auto fail = [&](int32_t status, std::size_t member, std::size_t end) {
+    *offset = member != kNoOffset ? member : end != kNoOffset ? end : 0;
+    return status;
+  };
+  if (scan.error != kNoOffset) return fail(kMalformed, scan.error, 0);
   simdjson::dom::parser parser;
   element doc;
   std::string_view type;
-  if (parser.parse(text).get(doc) || doc["type"].get_string().get(type)) return kMalformed;
+  // The scan does not check UTF-8; text the parser still refuses is reported at its start.
+  if (parser.parse(text).get(doc)) return fail(kMalformed, 0, 0);
+  const JsonObjectPlaces* places = &scan.top;
+  if (doc["type"].get_string().get(type)) return fail(kMalformed, places->type, places->end);
   if (type == "Feature") {
-    if (doc["geometry"].get(doc) || doc["type"].get_string().get(type)) return kMalformed;
+    if (doc["geometry"].get(doc)) return fail(kMalformed, kNoOffset, places->end);
+    const std::size_t geometry_at = places->geometry;
+    places = &scan.geometry;
+    if (doc["type"].get_string().get(type)) return fail(kMalformed, places->type, places->end == kNoOffset ? geometry_at : places->end);
   }
-  if (type == "GeometryCollection") return XGWKB_E_WKB_COLLECTION;
+  if (type == "GeometryCollection") return fail(XGWKB_E_WKB_COLLECTION, places->type, 0);
   Geom g;
   for (uint32_t t = XGWKB_TYPE_POINT; t <= XGWKB_TYPE_MULTIPOLYGON; ++t)
     if (type == kTypeNames[t]) g.type = t;
-  if (g.type == 0) return XGWKB_E_INVALID_GEOMETRY_TYPE;
+  if (g.type == 0) return fail(XGWKB_E_INVALID_GEOMETRY_TYPE, places->type, 0);
   element coords;
-  if (doc["coordinates"].get(coords)) return kMalformed;
+  if (doc["coordinates"].get(coords)) return fail(kMalformed, kNoOffset, places->end);
   if (g.type <= XGWKB_TYPE_POLYGON) {
     g.parts.emplace_back();
-    if (!single(g.type, coords, &g.parts.back())) return kMalformed;
+    if (!single(g.type, coords, &g.parts.back())) return fail(kMalformed, places->coordinates, 0);
   } else {
     array members;
-    if (coords.get_array().get(members)) return kMalformed;
+    if (coords.get_array().get(members)) return fail(kMalformed, places->coordinates, 0);
     for (element m : members) {
       g.parts.emplace_back();
-      if (!single(g.type - 3, m, &g.parts.back())) return kMalformed;
+      if (!single(g.type - 3, m, &g.parts.back())) return fail(kMalformed, places->coordinates, 0);
     }
   }
-  return encode_shape(g, shape);
+  const int32_t status = encode_shape(g, shape);
+  return status == XGWKB_OK ? status : fail(status, places->coordinates, 0);
 }
 
 int32_t shape_to_geojson(const unsigned char* shape, std::string& out) {

@@ -318,6 +318,12 @@ const Op kOperations[] = {
     {"symdifference", Inputs::kShapes, 0, 1, "[TOL]", "what lies in just one of -a and -b", op_symdifference},
     {"overlay", Inputs::kShapes, 0, 1, "[TOL]", "three lines: only in -a, only in -b, in both", op_overlay},
     // Buffer and clipping
+    {"buffer", Inputs::kShape, 1, 2, "D [M]",
+     "region within D of the shape (polygons shrink for D < 0); none when D is below the minimum radius M",
+     op_buffer},
+    {"clip", Inputs::kShape, 4, 4, "MINX MINY MAXX MAXY", "the part of the shape inside the box", op_clip},
+    {"cutline", Inputs::kShapes, 0, 1, "[TOL]", "two lines: the pieces of line -a inside polygon -b, those outside",
+     op_cutline},
     // Hull, distance and merge
     {"hull", Inputs::kShape, 0, 1, "[TOL]", "convex hull of the shape's vertices", op_hull},
     {"distance", Inputs::kShapes, 0, 1, "[TOL]", "shortest distance between -a and -b", op_distance},

@@ -119,6 +119,9 @@ int32_t op_difference(const Operands& in, const Args& args, Output& out);
 int32_t op_symdifference(const Operands& in, const Args& args, Output& out);
 int32_t op_overlay(const Operands& in, const Args& args, Output& out);
 // Buffer and clipping
+int32_t op_buffer(const Operands& in, const Args& args, Output& out);
+int32_t op_clip(const Operands& in, const Args& args, Output& out);
+int32_t op_cutline(const Operands& in, const Args& args, Output& out);
 // Hull, distance and merge
 int32_t op_hull(const Operands& in, const Args& args, Output& out);
 int32_t op_distance(const Operands& in, const Args& args, Output& out);

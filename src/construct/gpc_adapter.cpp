@@ -10,8 +10,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <unordered_map>
+#include <new>
 
+#include "construct/gpc_rings.h"
 #include "xggeokit.h"
 
 namespace xg {
@@ -155,212 +156,6 @@ void from_paths(const cl::Paths& paths, const Grid& grid, gpc_polygon* out) {
   }
 }
 
-// ---- pinched holes ---------------------------------------------------------------------------
-
-struct PointHash {
-  std::size_t operator()(const cl::IntPoint& p) const {
-    return std::hash<cl::cInt>()(p.X) * 0x9E3779B97F4A7C15ull ^ std::hash<cl::cInt>()(p.Y);
-  }
-};
-
-// Splits a closed ring at every vertex it visits twice into loops that visit each vertex once;
-// loops of fewer than three vertices are dropped.
-void split_at_repeats(const cl::Path& ring, cl::Paths& loops) {
-  cl::Path stack;
-  std::unordered_map<cl::IntPoint, std::size_t, PointHash> at;  // vertex -> its place in stack
-  for (const cl::IntPoint& p : ring) {
-    const auto seen = at.find(p);
-    if (seen == at.end()) {
-      at.emplace(p, stack.size());
-      stack.push_back(p);
-      continue;
-    }
-    // The vertices since p's first visit close a loop.
-    cl::Path loop(stack.begin() + static_cast<std::ptrdiff_t>(seen->second), stack.end());
-    for (std::size_t k = seen->second + 1; k < stack.size(); ++k) at.erase(stack[k]);
-    stack.resize(seen->second + 1);
-    if (loop.size() >= 3) loops.push_back(std::move(loop));
-  }
-  if (stack.size() >= 3) loops.push_back(std::move(stack));
-}
-
-// A ring that passes through one vertex twice (the engine leaves such rings where a region
-// touches itself at a point) is split there into simple rings: pieces turning the ring's way and
-// holes turning the other way.  (The engine's own option for this walks every pair of vertices
-// of a ring, which is quadratic.)
-void split_self_touching(cl::Paths& paths) {
-  std::vector<cl::IntPoint> sorted;
-  const std::size_t count = paths.size();
-  for (std::size_t i = 0; i < count; ++i) {
-    sorted.assign(paths[i].begin(), paths[i].end());
-    std::sort(sorted.begin(), sorted.end(), [](const cl::IntPoint& l, const cl::IntPoint& r) {
-      return l.X != r.X ? l.X < r.X : l.Y < r.Y;
-    });
-    if (std::adjacent_find(sorted.begin(), sorted.end()) == sorted.end()) continue;
-    cl::Paths loops;
-    split_at_repeats(paths[i], loops);
-    paths[i].clear();
-    for (cl::Path& l : loops) paths.push_back(std::move(l));
-  }
-}
-
-// The engine draws a region pinched at points (where the operands' boundaries cross, in a
-// symmetric difference above all) as an outer ring with a hole touching it at those points.
-// Such a hole is spliced into its outer ring at one shared vertex and the ring is split at every
-// shared vertex, which leaves the pieces between the points as separate rings.  A hole touching
-// its outer ring at a single point stays as it is.
-void split_pinched_holes(cl::Paths& paths) {
-  // Each pass splits every hole pinched against an outer ring not yet split in that pass; a few
-  // passes settle the rings that one split leaves pinched against another hole.
-  for (int pass = 0; pass < 4; ++pass) {
-    std::vector<std::size_t> holes;
-    std::unordered_map<cl::IntPoint, std::pair<std::size_t, std::size_t>, PointHash> outer_vertex;
-    for (std::size_t i = 0; i < paths.size(); ++i) {
-      if (paths[i].size() < 3) continue;
-      if (twice_area(paths[i]) < 0) {
-        holes.push_back(i);
-      } else {
-        for (std::size_t v = 0; v < paths[i].size(); ++v) outer_vertex.emplace(paths[i][v], std::make_pair(i, v));
-      }
-    }
-    if (holes.empty()) return;
-    std::vector<bool> split(paths.size(), false);
-    cl::Paths added;
-    for (std::size_t h : holes) {
-      // The touching vertex latest along the outer ring is the splice point, so that the walk
-      // around the hole meets every other touching vertex already on the stack.
-      std::size_t outer = 0, at_outer = 0, at_hole = 0, touches = 0, free_vertex = 0;
-      bool has_free = false;
-      for (std::size_t v = 0; v < paths[h].size(); ++v) {
-        const auto it = outer_vertex.find(paths[h][v]);
-        if (it == outer_vertex.end()) {
-          if (!has_free) free_vertex = v;
-          has_free = true;
-          continue;
-        }
-        if (touches == 0) outer = it->second.first;
-        if (it->second.first != outer) continue;
-        if (touches == 0 || it->second.second > at_outer) {
-          at_outer = it->second.second;
-          at_hole = v;
-        }
-        ++touches;
-      }
-      if (touches < 2 || !has_free || split[outer]) continue;
-      // Only a hole inside that outer ring (not one around an island touching it).
-      if (cl::PointInPolygon(paths[h][free_vertex], paths[outer]) != 1) continue;
-      const cl::Path& o = paths[outer];
-      const cl::Path& hv = paths[h];
-      cl::Path spliced(o.begin(), o.begin() + static_cast<std::ptrdiff_t>(at_outer) + 1);
-      for (std::size_t k = 1; k <= hv.size(); ++k) spliced.push_back(hv[(at_hole + k) % hv.size()]);
-      spliced.insert(spliced.end(), o.begin() + static_cast<std::ptrdiff_t>(at_outer) + 1, o.end());
-      cl::Paths loops;
-      split_at_repeats(spliced, loops);
-      // Every piece of a pinched region turns like an outer ring; a loop turning the other way
-      // means the walk did not come apart as expected, and the rings are left as they were.
-      const auto turns_back = [](const cl::Path& l) { return twice_area(l) < 0; };
-      if (std::any_of(loops.begin(), loops.end(), turns_back)) continue;
-      split[outer] = true;
-      paths[outer].clear();
-      paths[h].clear();
-      for (cl::Path& l : loops) added.push_back(std::move(l));
-    }
-    if (added.empty()) return;
-    for (cl::Path& l : added) paths.push_back(std::move(l));
-  }
-}
-
-// ---- shared edges ----------------------------------------------------------------------------
-
-// Edges grouped by the line they lie on (reduced direction and offset, exact in 128 bits), with
-// their extents along it, so that edges running along each other for some length can be found
-// by sorting instead of comparing all pairs.
-struct LinePiece {
-  __int128 dx, dy, offset;  // the line: reduced direction, cross(direction, point)
-  __int128 lo, hi;          // extent along the direction
-  std::size_t group;
-};
-
-void add_line_pieces(const cl::Path& path, std::size_t group, std::vector<LinePiece>& pieces) {
-  for (std::size_t i = 0, n = path.size(); i < n; ++i) {
-    const cl::IntPoint& p = path[i];
-    const cl::IntPoint& q = path[(i + 1) % n];
-    __int128 dx = static_cast<__int128>(q.X) - p.X, dy = static_cast<__int128>(q.Y) - p.Y;
-    if (dx == 0 && dy == 0) continue;
-    __int128 g = dx < 0 ? -dx : dx, h = dy < 0 ? -dy : dy;
-    while (h != 0) {
-      const __int128 r = g % h;
-      g = h;
-      h = r;
-    }
-    dx /= g;
-    dy /= g;
-    if (dx < 0 || (dx == 0 && dy < 0)) {
-      dx = -dx;
-      dy = -dy;
-    }
-    const __int128 tp = dx * p.X + dy * p.Y, tq = dx * q.X + dy * q.Y;
-    pieces.push_back({dx, dy, dx * p.Y - dy * p.X, tp < tq ? tp : tq, tp < tq ? tq : tp, group});
-  }
-}
-
-// True when two pieces of different groups overlap for some length.
-bool groups_overlap(std::vector<LinePiece>& pieces) {
-  std::sort(pieces.begin(), pieces.end(), [](const LinePiece& l, const LinePiece& r) {
-    if (l.dx != r.dx) return l.dx < r.dx;
-    if (l.dy != r.dy) return l.dy < r.dy;
-    if (l.offset != r.offset) return l.offset < r.offset;
-    return l.lo < r.lo;
-  });
-  // Along one line, sorted by start: a piece overlaps an earlier one of another group when it
-  // starts before the farthest end reached so far by a group other than its own (the two
-  // farthest ends of distinct groups are kept).
-  for (std::size_t i = 0; i < pieces.size();) {
-    std::size_t j = i;
-    bool have1 = false, have2 = false;
-    __int128 reach1 = 0, reach2 = 0;
-    std::size_t group1 = 0;
-    for (; j < pieces.size() && pieces[j].dx == pieces[i].dx && pieces[j].dy == pieces[i].dy &&
-           pieces[j].offset == pieces[i].offset;
-         ++j) {
-      const LinePiece& pc = pieces[j];
-      if (have1 && group1 != pc.group && pc.lo < reach1) return true;
-      if (have2 && group1 == pc.group && pc.lo < reach2) return true;
-      if (!have1 || pc.hi > reach1) {
-        if (have1 && group1 != pc.group) {
-          reach2 = reach1;
-          have2 = true;
-        }
-        reach1 = pc.hi;
-        group1 = pc.group;
-        have1 = true;
-      } else if (group1 != pc.group && (!have2 || pc.hi > reach2)) {
-        reach2 = pc.hi;
-        have2 = true;
-      }
-    }
-    i = j;
-  }
-  return false;
-}
-
-// True when an edge of a path in a and an edge of a path in b run along each other for some
-// length.
-bool share_an_edge(const cl::Paths& a, const cl::Paths& b) {
-  std::vector<LinePiece> pieces;
-  for (const cl::Path& p : a) add_line_pieces(p, 0, pieces);
-  for (const cl::Path& p : b) add_line_pieces(p, 1, pieces);
-  return groups_overlap(pieces);
-}
-
-// True when two of the paths run along each other for some length.
-bool paths_share_an_edge(const cl::Paths& paths) {
-  if (paths.size() < 2) return false;
-  std::vector<LinePiece> pieces;
-  for (std::size_t i = 0; i < paths.size(); ++i) add_line_pieces(paths[i], i, pieces);
-  return groups_overlap(pieces);
-}
-
 cl::ClipType clip_type(gpc_op op) {
   switch (op) {
     case GPC_DIFF:
@@ -375,34 +170,182 @@ cl::ClipType clip_type(gpc_op op) {
   }
 }
 
-// True when a hole runs along part of an outer ring's edge.  The engine can leave such a hole
-// (where the operands' edges coincide) instead of cutting a notch into the outer ring; such
-// results need a second pass.  Results without holes cost one orientation test per path.
-bool hole_along_outer(const cl::Paths& paths) {
-  cl::Paths outers, holes;
-  for (const cl::Path& p : paths) {
-    if (p.size() >= 3) (twice_area(p) < 0 ? holes : outers).push_back(p);
+// The clipping engine with its edge lists reserved before paths go in.  The engine allocates each
+// path's edge block and then records it in a list; were the list to grow at that moment and
+// memory run out, the block would be lost.  With the room reserved first, running out of memory
+// while paths are added leaves nothing behind.
+class Engine : public cl::Clipper {
+ public:
+  void add(const cl::Paths& paths, cl::PolyType type) {
+    m_edges.reserve(m_edges.size() + paths.size());
+    AddPaths(paths, type, true);
   }
-  return !holes.empty() && share_an_edge(holes, outers);
+
+  // Runs one operation with the given fill on both operands (even-odd, as the overlay uses).  The
+  // engine catches every exception of its own run, running out of memory among them, and answers
+  // false with an empty solution; on closed paths inside the grid that can only be memory running
+  // out, so it becomes std::bad_alloc again here rather than being taken for an empty result.
+  void run(cl::ClipType type, cl::Paths* solution, cl::PolyFillType fill = cl::pftEvenOdd) {
+    if (!Execute(type, *solution, fill, fill)) throw std::bad_alloc();
+  }
+};
+
+// Rings along each other joined by one more pass through the engine (where the operands' edges
+// coincide, the engine can leave a hole along an outer ring instead of a notch in it, or a ring
+// that runs back along itself, a bridge of no width), then the touching rings redrawn.
+void settle(cl::Paths& paths) {
+  if (edges_along_each_other(paths)) {
+    Engine again;
+    again.add(paths, cl::ptSubject);
+    again.run(cl::ctUnion, &paths);
+  }
+  rebuild_touching_rings(paths);
 }
 
 // The engine's result for one operation, with its rings repaired (see above).
-cl::Paths solve(cl::Clipper& engine, cl::ClipType type) {
+cl::Paths solve(Engine& engine, cl::ClipType type, cl::PolyFillType fill = cl::pftEvenOdd) {
   cl::Paths solution;
-  engine.Execute(type, solution, cl::pftEvenOdd, cl::pftEvenOdd);
-  if (hole_along_outer(solution)) {
-    // The same region once more through the engine, which then joins such holes to their outer.
-    cl::Clipper again;
-    again.AddPaths(solution, cl::ptSubject, true);
-    again.Execute(cl::ctUnion, solution, cl::pftEvenOdd, cl::pftEvenOdd);
-  }
-  split_self_touching(solution);
-  split_pinched_holes(solution);
+  engine.run(type, &solution, fill);
+  settle(solution);
   return solution;
 }
 
-void run(cl::Clipper& engine, cl::ClipType type, const Grid& grid, gpc_polygon* out) {
+void run(Engine& engine, cl::ClipType type, const Grid& grid, gpc_polygon* out) {
   from_paths(solve(engine, type), grid, out);
+}
+
+// ---- the three parts of an overlay from two sweeps ------------------------------------------
+
+enum : uint8_t { kOfSubject = 1, kOfClip = 2, kOfCommon = 4 };
+
+using PointFlags = PointTable<uint8_t>;
+
+// Rings longer than this make the symmetric difference dearer than two differences (see
+// three_way_polygon_clip).
+constexpr std::size_t kLongRing = 4096;
+
+std::size_t longest_path(const cl::Paths& paths) {
+  std::size_t n = 0;
+  for (const cl::Path& p : paths) n = std::max(n, p.size());
+  return n;
+}
+
+std::size_t vertex_count(const cl::Paths& paths) {
+  std::size_t n = 0;
+  for (const cl::Path& p : paths) n += p.size();
+  return n;
+}
+
+// Splits the rings of the symmetric difference x of subject s and clip c into the subject's own
+// part and the clip's own part, knowing the common part's rings; false when some ring cannot be
+// told (the caller then makes both parts the long way).
+//
+// Why a ring can be told by its vertices: the symmetric difference and the common part come from
+// one engine holding the same edges, so they share every crossing point, rounded alike, and
+// every vertex of an operand that lies on their boundaries.  Take a vertex v of a ring of x that
+// is a vertex of the subject and not of the clip, with the operands in general position at v
+// (v off the clip's boundary).  Near v the subject's boundary separates the subject from the
+// rest.  If v lies outside the clip, the subject's side near v belongs to the subject's own part
+// and nothing near v is common, so v is no vertex of the common part, and the ring through v in
+// x bounds the subject's own part.  If v lies inside the clip, the subject's side near v is
+// common and the other side is the clip's own part; the common part's ring passes v with the
+// same neighbours along the subject's boundary as x's ring, so the engine keeps (or drops) v in
+// both alike, and the ring through v in x bounds the clip's own part.  The same holds with the
+// roles swapped.  Rings made only of crossing points get their side from their neighbours (see
+// below).  After rebuild_touching_rings each ring of x borders one piece of x, and a piece
+// lies wholly in one part unless the two parts share an edge, which needs operand edges along
+// each other (the caller checks for rings of x along each other, and vertices shared by both
+// operands).  Every telling vertex of a ring must agree; a ring left untold or a disagreement
+// sends the caller the long way, so a degenerate case
+// missed by those checks costs time, not correctness, as long as some vertex disagrees.
+bool split_by_side(cl::Paths& x, const PointFlags& flags, cl::Paths* subject_only, cl::Paths* clip_only) {
+  std::vector<uint8_t> side(x.size(), 0);
+  std::size_t crossings = 0;
+  for (std::size_t r = 0; r < x.size(); ++r) {
+    for (const cl::IntPoint& p : x[r]) {
+      const uint8_t* f = flags.find(p);
+      const bool of_subject = f != nullptr && (*f & kOfSubject) != 0;
+      const bool of_clip = f != nullptr && (*f & kOfClip) != 0;
+      if (of_subject == of_clip) {
+        ++crossings;
+        continue;
+      }
+      // A subject vertex off the common part, or a clip vertex on it: the subject's own part.
+      const uint8_t here = of_subject != ((*f & kOfCommon) != 0) ? 1 : 2;
+      if (side[r] != 0 && side[r] != here) return false;
+      side[r] = here;
+    }
+  }
+  if (std::find(side.begin(), side.end(), 0) != side.end()) {
+    // Rings made of crossing points only (where the operands' edges cross in a lattice).  At a
+    // crossing point the four corners around it are common, subject only, neither and clip
+    // only, so the two rings of x through it lie on opposite sides: the side spreads from told
+    // rings to their neighbours at crossing points.  A point with other than two rings through
+    // it passes nothing on.
+    struct Through {
+      std::size_t ring[2];
+      std::size_t count;
+    };
+    PointTable<Through> through(crossings);
+    for (std::size_t r = 0; r < x.size(); ++r) {
+      for (const cl::IntPoint& p : x[r]) {
+        const uint8_t* f = flags.find(p);
+        if (f != nullptr && ((*f & kOfSubject) != 0) != ((*f & kOfClip) != 0)) continue;
+        Through& t = through.at(p);
+        if (t.count < 2) t.ring[t.count] = r;
+        ++t.count;
+      }
+    }
+    std::vector<std::size_t> queue;
+    for (std::size_t r = 0; r < x.size(); ++r) {
+      if (side[r] != 0) queue.push_back(r);
+    }
+    while (!queue.empty()) {
+      const std::size_t r = queue.back();
+      queue.pop_back();
+      for (const cl::IntPoint& p : x[r]) {
+        const Through* t = through.find(p);
+        if (t == nullptr || t->count != 2) continue;
+        const std::size_t other = t->ring[0] == r ? t->ring[1] : t->ring[0];
+        if (other == r) continue;
+        const uint8_t opposite = side[r] == 1 ? 2 : 1;
+        if (side[other] == 0) {
+          side[other] = opposite;
+          queue.push_back(other);
+        } else if (side[other] != opposite) {
+          return false;
+        }
+      }
+    }
+    if (std::find(side.begin(), side.end(), 0) != side.end()) return false;
+  }
+  for (std::size_t r = 0; r < x.size(); ++r) (side[r] == 1 ? subject_only : clip_only)->push_back(std::move(x[r]));
+  return true;
+}
+
+// The two one-sided parts from the engine's symmetric difference, classified by the common
+// part's vertices; false when that does not work out (see split_by_side).
+bool one_sided_parts(Engine& engine, const cl::Paths& s, const cl::Paths& c, const cl::Paths& common,
+                     cl::Paths* subject_only, cl::Paths* clip_only) {
+  PointFlags flags(vertex_count(s) + vertex_count(c) + vertex_count(common));
+  for (const cl::Path& p : s) {
+    for (const cl::IntPoint& v : p) flags.at(v) |= kOfSubject;
+  }
+  for (const cl::Path& p : c) {
+    for (const cl::IntPoint& v : p) {
+      uint8_t& f = flags.at(v);
+      if (f & kOfSubject) return false;  // a vertex of both operands
+      f |= kOfClip;
+    }
+  }
+  for (const cl::Path& p : common) {
+    for (const cl::IntPoint& v : p) flags.at(v) |= kOfCommon;
+  }
+  cl::Paths x;
+  engine.run(cl::ctXor, &x);
+  if (edges_along_each_other(x)) return false;
+  rebuild_touching_rings(x);
+  return split_by_side(x, flags, subject_only, clip_only);
 }
 
 }  // namespace
@@ -413,38 +356,32 @@ int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygo
   if (!fit_grid(subject, clip, &grid)) return XGWKB_E_INVALID_ARGUMENT;
   const cl::Paths s = to_paths(subject, grid);
   const cl::Paths c = to_paths(clip, grid);
-  cl::Clipper engine;
-  engine.AddPaths(s, cl::ptSubject, true);
-  engine.AddPaths(c, cl::ptClip, true);
+  Engine engine;
+  engine.add(s, cl::ptSubject);
+  engine.add(c, cl::ptClip);
   if (op != GPC_XOR) {
     run(engine, clip_type(op), grid, result);
     return XGWKB_OK;
   }
   // The symmetric difference as its two one-sided parts side by side: the engine's own draws the
   // common part as holes pinched against the outer ring wherever the boundaries cross.  Where a
-  // piece of one side shares an edge with a piece of the other (operands with common edges), the
-  // engine's own result joins them, and its pinched holes are split apart instead.
-  cl::Paths one_side, other_side;
-  engine.Execute(cl::ctDifference, one_side, cl::pftEvenOdd, cl::pftEvenOdd);
-  cl::Clipper swapped;
-  swapped.AddPaths(c, cl::ptSubject, true);
-  swapped.AddPaths(s, cl::ptClip, true);
-  swapped.Execute(cl::ctDifference, other_side, cl::pftEvenOdd, cl::pftEvenOdd);
-  if (share_an_edge(one_side, other_side)) {
-    cl::Paths x = solve(engine, cl::ctXor);
-    if (paths_share_an_edge(x)) {
-      // The engine's symmetric difference can still leave two rings along one edge; once more
-      // through the engine joins them.
-      cl::Clipper again;
-      again.AddPaths(x, cl::ptSubject, true);
-      x = solve(again, cl::ctUnion);
-    }
-    from_paths(x, grid, result);
-    return XGWKB_OK;
+  // piece of one side shares an edge with a piece of the other (operands with common edges), or a
+  // ring runs along another or itself, the pieces go once more through the engine, whose union joins
+  // them (their insides are disjoint, so even-odd fill of both sides is their union).
+  cl::Paths both, other_side;
+  engine.run(cl::ctDifference, &both);
+  Engine swapped;
+  swapped.add(c, cl::ptSubject);
+  swapped.add(s, cl::ptClip);
+  swapped.run(cl::ctDifference, &other_side);
+  both.insert(both.end(), std::make_move_iterator(other_side.begin()), std::make_move_iterator(other_side.end()));
+  for (int pass = 0; pass < 2 && edges_along_each_other(both); ++pass) {
+    Engine again;
+    again.add(both, cl::ptSubject);
+    again.run(cl::ctUnion, &both);
   }
-  one_side.insert(one_side.end(), std::make_move_iterator(other_side.begin()), std::make_move_iterator(other_side.end()));
-  split_pinched_holes(one_side);
-  from_paths(one_side, grid, result);
+  rebuild_touching_rings(both);
+  from_paths(both, grid, result);
   return XGWKB_OK;
 }
 
@@ -457,18 +394,52 @@ int32_t three_way_polygon_clip(const gpc_polygon& subject, const gpc_polygon& cl
   if (!fit_grid(subject, clip, &grid)) return XGWKB_E_INVALID_ARGUMENT;
   const cl::Paths s = to_paths(subject, grid);
   const cl::Paths c = to_paths(clip, grid);
-  // The engine keeps its edges between runs, so one instance serves the common part and the
-  // subject's own part.  It only ever subtracts the clip from the subject, so the clip's own part
-  // needs a second instance with the roles swapped (same integer paths, same grid).
-  cl::Clipper engine;
-  engine.AddPaths(s, cl::ptSubject, true);
-  engine.AddPaths(c, cl::ptClip, true);
-  run(engine, cl::ctIntersection, grid, common);
-  run(engine, cl::ctDifference, grid, subject_only);
-  cl::Clipper swapped;
-  swapped.AddPaths(c, cl::ptSubject, true);
-  swapped.AddPaths(s, cl::ptClip, true);
-  run(swapped, cl::ctDifference, grid, clip_only);
+  // One engine holds the edges of both operands for every run.  The common part and the
+  // symmetric difference take two sweeps; the symmetric difference's rings are then told apart
+  // by the common part's vertices (see split_by_side).  Where that does not work out (operands
+  // sharing vertices or edges), the two one-sided parts are made directly, the clip's from a
+  // second engine with the roles swapped (same integer paths, same grid).
+  //
+  // Operands with a ring of many vertices go the direct way from the start: when the engine
+  // joins two partial rings of its result it walks the joined ring to find its lowest point, so
+  // a result whose boundary wavers up and down along a long ring costs time growing with the
+  // square of that ring's length.  The symmetric difference draws both one-sided parts as one
+  // ring pinched at the crossings, twice as long as either part's, so there two separate
+  // differences are cheaper than one symmetric difference.
+  Engine engine;
+  engine.add(s, cl::ptSubject);
+  engine.add(c, cl::ptClip);
+  cl::Paths both;
+  engine.run(cl::ctIntersection, &both);
+  cl::Paths mine, theirs;
+  if (longest_path(s) > kLongRing || longest_path(c) > kLongRing ||
+      !one_sided_parts(engine, s, c, both, &mine, &theirs)) {
+    mine.clear();
+    theirs.clear();
+    engine.run(cl::ctDifference, &mine);
+    settle(mine);
+    Engine swapped;
+    swapped.add(c, cl::ptSubject);
+    swapped.add(s, cl::ptClip);
+    swapped.run(cl::ctDifference, &theirs);
+    settle(theirs);
+  }
+  settle(both);
+  from_paths(both, grid, common);
+  from_paths(mine, grid, subject_only);
+  from_paths(theirs, grid, clip_only);
+  return XGWKB_OK;
+}
+
+int32_t gpc_union_winding(const gpc_polygon& contours, gpc_polygon* result) {
+  gpc_free_polygon(result);
+  Grid grid;
+  const gpc_polygon none;
+  if (!fit_grid(contours, none, &grid)) return XGWKB_E_INVALID_ARGUMENT;
+  const cl::Paths paths = to_paths(contours, grid);
+  Engine engine;
+  engine.add(paths, cl::ptSubject);
+  from_paths(solve(engine, cl::ctUnion, cl::pftPositive), grid, result);
   return XGWKB_OK;
 }
 

@@ -56,10 +56,19 @@ int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygo
 
 // The three parts of one overlay: common = subject and clip, subject_only = subject minus clip,
 // clip_only = clip minus subject.  The three are computed on the same integer grid from the
-// same converted contours, so their regions are disjoint and together make the union.  Same
-// returns as gpc_polygon_clip.
+// same converted contours (the common part and the symmetric difference by one engine, whose
+// rings are then sorted into the two one-sided parts), so their regions are disjoint and
+// together make the union.  Same returns as gpc_polygon_clip.
 int32_t three_way_polygon_clip(const gpc_polygon& subject, const gpc_polygon& clip, gpc_polygon* common,
                                gpc_polygon* subject_only, gpc_polygon* clip_only);
+
+// The union of the regions the contours enclose, by winding: a point belongs to the result when
+// the sum of the contours' winding numbers around it is positive.  Give outer contours
+// counter-clockwise and holes clockwise (the form of clip results, so earlier results can be fed
+// back in): the result is then every point some contour's region covers, however the regions
+// overlap, in one sweep of the engine instead of one union per contour.  Hole flags are not read.
+// Same returns as gpc_polygon_clip.
+int32_t gpc_union_winding(const gpc_polygon& contours, gpc_polygon* result);
 
 // Releases the contours of p (p itself belongs to the caller and may be reused).
 void gpc_free_polygon(gpc_polygon* p);

@@ -8,7 +8,6 @@
 // joined end to end with any other open line sharing an end (join_lines).
 // Polygons: one multipolygon, overlapping and edge-sharing polygons united (unite_polygons).
 #include <algorithm>
-#include <iterator>
 #include <vector>
 
 #include "construct/overlay_kernels.h"
@@ -22,22 +21,6 @@ namespace {
 using Pt = _xgWKB_POINT;
 
 int dimension(uint32_t type) { return static_cast<int>((type - 1) % 3); }  // types 1..6
-
-bool members_of_type(const byte* multi, uint32_t want) {
-  const uint32_t members = shape_count(multi);
-  const byte* at = multi + kCountedHeaderSize;
-  for (uint32_t i = 0; i < members; ++i) {
-    if (shape_type(at) != want) return false;
-    at += member_size(at);
-  }
-  return true;
-}
-
-// Every member of a multi-type is of the matching single type.
-bool well_formed(const byte* shape) {
-  const uint32_t type = shape_type(shape);
-  return !is_multi_type(type) || members_of_type(shape, type - 3);
-}
 
 // The single shapes making up a shape: itself, or its members.
 std::vector<const byte*> parts_of(const byte* shape) {
@@ -367,19 +350,18 @@ int32_t unite_group(const std::vector<const byte*>& polygons, const std::vector<
   std::vector<OwnedBlob> level;
   std::vector<const byte*> operands;
   for (std::size_t i : group) operands.push_back(polygons[i]);
+  level.reserve(operands.size());  // every union is owned here the moment it is made
   while (operands.size() > 1) {
-    std::vector<OwnedBlob> next;
     std::vector<const byte*> next_operands;
     for (std::size_t i = 0; i + 1 < operands.size(); i += 2) {
       byte* u = nullptr;
       const int32_t status = polygon_kernel(GPC_UNION, operands[i], operands[i + 1], &u);
       if (status != XGWKB_OK) return status;
       if (u == nullptr) continue;  // both empty
-      next.emplace_back(u);
+      level.emplace_back(u);
       next_operands.push_back(u);
     }
     if (operands.size() % 2 == 1) next_operands.push_back(operands.back());
-    level.insert(level.end(), std::make_move_iterator(next.begin()), std::make_move_iterator(next.end()));
     operands.swap(next_operands);
   }
   if (operands.empty()) return XGWKB_OK;
@@ -424,7 +406,7 @@ int32_t unite_polygons(const std::vector<const byte*>& polygons, byte** out) {
 int32_t merge(const byte* a, const byte* b, double t, byte** out) {
   const uint32_t ta = shape_type(a);
   const uint32_t tb = shape_type(b);
-  if (!well_formed(a) || !well_formed(b)) return XGWKB_E_INVALID_ENTITY;
+  if (!members_well_typed(a) || !members_well_typed(b)) return XGWKB_E_INVALID_ENTITY;
   byte* result = nullptr;
   switch (dimension(ta)) {
     case 0:

@@ -7,6 +7,7 @@
 #include "construct/noding.h"
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
 #include "relate/segment_tests.h"
@@ -20,7 +21,14 @@ struct Segment {
   _xgWKB_POINT a;
   _xgWKB_POINT b;
   _xgWKB_BOX box;
+  // Segments index .. index + copies - 1 are this same segment of length 0 (a stretch of
+  // repeated points): they meet everything alike, so they are met once, for all of them.
+  uint32_t copies;
 };
+
+bool same_bits(const _xgWKB_POINT& a, const _xgWKB_POINT& b) {
+  return std::memcmp(&a, &b, sizeof a) == 0;
+}
 
 // A place where a member is cut: at vertex `index`, or inside segment `index` at param.
 struct Cut {
@@ -66,7 +74,15 @@ class Noder {
       _xgWKB_POINT prev = r.point(0);
       for (uint32_t i = 0; i + 1 < n; ++i) {
         const _xgWKB_POINT next = r.point(i + 1);
-        Segment s{m, i, prev, next, {}};
+        if (i > 0 && same_bits(prev, next) && !segments_.empty()) {
+          Segment& last = segments_.back();
+          if (last.member == m && same_bits(last.a, prev) && same_bits(last.b, prev) &&
+              last.index + last.copies == i) {
+            ++last.copies;
+            continue;
+          }
+        }
+        Segment s{m, i, prev, next, {}, 1};
         wkb_box_of_two_points(prev, next, &s.box);
         segments_.push_back(s);
         prev = next;
@@ -89,19 +105,21 @@ class Noder {
     }
   }
 
+  // Every copy of s meets every copy of o: a cut of s is made once per copy of o (repeated
+  // cuts at a vertex change nothing, but repeated cuts inside a segment do where t is 0).
   void meet(const Segment& s, const Segment& o) {
     _xgWKB_POINT at{};
     switch (segment_meet(s.a, s.b, o.a, o.b, t_, &at)) {
       case 1:
-        cut(s, at);
-        cut(o, at);
+        cut(s, at, o.copies);
+        cut(o, at, s.copies);
         return;
       case 2:
         // Running along each other: each is cut where the other one ends inside it.
-        cut_inside(s, o.a);
-        cut_inside(s, o.b);
-        cut_inside(o, s.a);
-        cut_inside(o, s.b);
+        cut_inside(s, o.a, o.copies);
+        cut_inside(s, o.b, o.copies);
+        cut_inside(o, s.a, s.copies);
+        cut_inside(o, s.b, s.copies);
         return;
       default:
         return;
@@ -117,24 +135,32 @@ class Noder {
     return ((p.x - s.a.x) * dx + (p.y - s.a.y) * dy) / len2;
   }
 
-  // A cut of s at p when p lies strictly between s's end points.
-  void cut_inside(const Segment& s, const _xgWKB_POINT& p) {
+  // A cut of s at p (times over) when p lies strictly between s's end points.
+  void cut_inside(const Segment& s, const _xgWKB_POINT& p, uint32_t times) {
     const double param = param_of(s, p);
-    if (param > 0 && param < 1) cut(s, p);
+    if (param > 0 && param < 1) cut(s, p, times);
   }
 
-  void cut(const Segment& s, const _xgWKB_POINT& at) {
+  void cut(const Segment& s, const _xgWKB_POINT& at, uint32_t times) {
     const uint32_t last = runs_[s.member].size() - 1;
-    // A meeting at a vertex cuts there; a member's own end points cut nothing.
+    // A meeting at a vertex cuts there; a member's own end points cut nothing.  Each copy of a
+    // repeated segment is cut as it would be on its own.
     if (wkb_point_equal_tol(at, s.a, t_)) {
-      if (s.index > 0) cuts_.push_back({s.member, s.index, true, 0, s.a});
+      for (uint32_t k = s.index; k < s.index + s.copies; ++k) {
+        if (k > 0) cuts_.push_back({s.member, k, true, 0, s.a});
+      }
       return;
     }
     if (wkb_point_equal_tol(at, s.b, t_)) {
-      if (s.index + 1 < last) cuts_.push_back({s.member, s.index + 1, true, 0, s.b});
+      for (uint32_t k = s.index; k < s.index + s.copies; ++k) {
+        if (k + 1 < last) cuts_.push_back({s.member, k + 1, true, 0, s.b});
+      }
       return;
     }
-    cuts_.push_back({s.member, s.index, false, param_of(s, at), at});
+    const double param = param_of(s, at);
+    for (uint32_t k = s.index; k < s.index + s.copies; ++k) {
+      for (uint32_t i = 0; i < times; ++i) cuts_.push_back({s.member, k, false, param, at});
+    }
   }
 
   // Walks member m's pieces: begin(first point), point(p), end() for each piece.

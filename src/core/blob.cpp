@@ -1,6 +1,8 @@
 // blob.cpp - size computation and the small internal operations every subsystem shares.
 #include "core/blob.h"
 
+#include <cmath>
+
 namespace xg {
 namespace {
 
@@ -60,6 +62,46 @@ int32_t geometry_size(const byte* s, uint32_t* size) {
       return multi_size(s, XGWKB_TYPE_MULTIPOLYGON, polygon_size, size);
     default:
       return XGWKB_E_INVALID_SHAPE;
+  }
+}
+
+namespace {
+
+void grow_by_run(const PointRun& run, _xgWKB_BOX* box) {
+  const uint32_t n = run.size();
+  for (uint32_t i = 0; i < n; ++i) {
+    const _xgWKB_POINT p = run.point(i);
+    if (p.x < box->minx) box->minx = p.x;
+    if (p.y < box->miny) box->miny = p.y;
+    if (p.x > box->maxx) box->maxx = p.x;
+    if (p.y > box->maxy) box->maxy = p.y;
+  }
+}
+
+void grow_by_lineal_or_areal(const byte* shape, _xgWKB_BOX* box) {
+  if (shape_type(shape) == XGWKB_TYPE_LINESTRING) {
+    grow_by_run(line_run(shape), box);
+  } else {
+    for_each_ring(shape, [&](PointRun ring, uint32_t) { grow_by_run(ring, box); });
+  }
+}
+
+}  // namespace
+
+bool shape_points_box(const byte* shape, _xgWKB_BOX* box) {
+  const double inf = HUGE_VAL;
+  *box = _xgWKB_BOX{inf, inf, -inf, -inf};
+  switch (shape_type(shape)) {
+    case XGWKB_TYPE_LINESTRING:
+    case XGWKB_TYPE_POLYGON:
+      grow_by_lineal_or_areal(shape, box);
+      return true;
+    case XGWKB_TYPE_MULTILINESTRING:
+    case XGWKB_TYPE_MULTIPOLYGON:
+      return for_each_member(shape,
+                             [&](const byte* m, uint32_t) { grow_by_lineal_or_areal(m, box); });
+    default:
+      return false;
   }
 }
 

@@ -243,7 +243,14 @@ bool for_each_member(const byte* multi, F&& f) {
   return true;
 }
 
-// The member at 0-based index i of a multi-type (no range check: callers test i < count first).
+// True unless shape is a multi-type holding a member of a foreign type.  Exports that reach
+// members by index or sum over them test this first and answer XGWKB_E_INVALID_SHAPE.
+inline bool members_well_typed(const byte* shape) {
+  return !is_multi_type(shape_type(shape)) || for_each_member(shape, [](const byte*, uint32_t) {});
+}
+
+// The member at 0-based index i of a multi-type (no range check: callers test i < count first,
+// and members_well_typed).
 inline const byte* member_at(const byte* multi, uint32_t i) {
   const byte* at = first_member(multi);
   for (uint32_t k = 0; k < i; ++k) at = next_member(at);
@@ -360,6 +367,12 @@ class BlobWriter {
 
 // Box of a counted point run; an empty run gives the zero box.  Returns 0.
 int32_t wkb_points_extent(const byte* run, _xgWKB_BOX* box);
+
+// Box of every point of a linestring, polygon, multilinestring or multipolygon, read straight
+// from the blob in one pass.  Coordinates that are NaN are passed over; a shape without points
+// gives the inverted box (+inf, +inf, -inf, -inf).  False, with *box unspecified, for any other
+// type or a multi-type holding a member of a foreign type.
+bool shape_points_box(const byte* shape, _xgWKB_BOX* box);
 
 // 1 when a and b differ by strictly less than t on both axes, else 0.  Strict on purpose: with
 // t = 0 no two points are equal (not even a point and itself), and a difference of exactly t is

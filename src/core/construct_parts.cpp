@@ -87,6 +87,7 @@ int32_t xgWKB_shape_generate_from_part(const unsigned char* shape, int32_t index
                                        unsigned char** out) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   if (!is_multi_type(shape_type(shape))) return XGWKB_E_INVALID_ENTITY;
+  if (!members_well_typed(shape)) return XGWKB_E_INVALID_SHAPE;
   if (index < 1 || static_cast<uint32_t>(index) > shape_count(shape)) {
     return XGWKB_E_INVALID_ARGUMENT;
   }

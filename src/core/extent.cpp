@@ -54,6 +54,7 @@ int32_t multi_extent(const byte* multi, int32_t part, _xgWKB_BOX* box) {
 extern "C" int32_t xgWKB_shape_get_extent(const unsigned char* shape, int32_t part,
                                           _xgWKB_BOX* box) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
+  if (!members_well_typed(shape)) return XGWKB_E_INVALID_SHAPE;
   switch (shape_type(shape)) {
     case XGWKB_TYPE_POINT: {
       const _xgWKB_POINT p = point_of(shape);

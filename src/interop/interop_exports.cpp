@@ -75,12 +75,9 @@ int32_t xgWKB_shape_to_ogc_wkt(const unsigned char* shape, int32_t precision, ch
   uint32_t size = 0;
   if (shape_type(shape) != XGWKB_TYPE_NIL && geometry_size(shape, &size) != XGWKB_OK) return XGWKB_E_INVALID_SHAPE;
   return guarded([&] {
-    std::string text;
-    append_ogc_wkt(shape, precision, text);
-    char* copy = static_cast<char*>(std::malloc(text.size() + 1));
-    if (copy == nullptr) return XGWKB_E_FAILED;
-    std::memcpy(copy, text.c_str(), text.size() + 1);
-    *out = copy;
+    char* text = write_ogc_wkt(shape, shape_type(shape) == XGWKB_TYPE_NIL ? kHeaderSize : size, precision);
+    if (text == nullptr) return XGWKB_E_FAILED;
+    *out = text;
     return XGWKB_OK;
   });
 }

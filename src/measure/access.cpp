@@ -90,6 +90,7 @@ int32_t xgWKB_shape_get_num_subparts(const unsigned char* shape, int32_t part,
     *count = 0;
     return XGWKB_E_NULL_POINTER;
   }
+  if (!members_well_typed(shape)) return XGWKB_E_INVALID_SHAPE;
   if (shape_type(shape) != XGWKB_TYPE_MULTIPOLYGON) {
     *count = 1;
     return XGWKB_E_INVALID_ENTITY;
@@ -108,6 +109,7 @@ int32_t xgWKB_shape_get_num_subparts(const unsigned char* shape, int32_t part,
 int32_t xgWKB_shape_get_num_points(const unsigned char* shape, int32_t part, int32_t subpart,
                                    uint32_t* count) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
+  if (!members_well_typed(shape)) return XGWKB_E_INVALID_SHAPE;
   switch (shape_type(shape)) {
     case XGWKB_TYPE_POINT:
       *count = 1;
@@ -136,6 +138,7 @@ int32_t xgWKB_shape_get_num_points(const unsigned char* shape, int32_t part, int
 int32_t xgWKB_shape_get_points(const unsigned char* shape, int32_t part,
                                _xgWKB_POINT* points) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
+  if (!members_well_typed(shape)) return XGWKB_E_INVALID_SHAPE;
   const uint32_t type = shape_type(shape);
   switch (type) {
     case XGWKB_TYPE_POINT:
@@ -168,7 +171,7 @@ int32_t xgWKB_shape_get_all_points(const unsigned char* shape, int32_t* part_off
                                    int32_t* subpart_offsets, _xgWKB_POINT* points) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
   const uint32_t type = shape_type(shape);
-  if (!is_geometry_type(type)) return XGWKB_E_INVALID_SHAPE;
+  if (!is_geometry_type(type) || !members_well_typed(shape)) return XGWKB_E_INVALID_SHAPE;
 
   _xgWKB_POINT* out = points;
   auto written = [&]() { return static_cast<int32_t>(out - points); };

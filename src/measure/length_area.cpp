@@ -101,6 +101,7 @@ namespace xg {
 
 int32_t shape_length(const byte* shape, int32_t part, double* length) {
   if (shape == nullptr) return failed(length, XGWKB_E_NULL_POINTER);
+  if (!members_well_typed(shape)) return failed(length, XGWKB_E_INVALID_SHAPE);
   const uint32_t type = shape_type(shape);
   switch (type) {
     case XGWKB_TYPE_POINT:
@@ -137,6 +138,7 @@ int32_t xgWKB_shape_get_length(const unsigned char* shape, int32_t part, double*
 int32_t xgWKB_shape_get_area(const unsigned char* shape, int32_t part, double* area) noexcept {
   if (area == nullptr) return XGWKB_E_NULL_POINTER;
   if (shape == nullptr) return failed(area, XGWKB_E_NULL_POINTER);
+  if (!members_well_typed(shape)) return failed(area, XGWKB_E_INVALID_SHAPE);
   switch (shape_type(shape)) {
     case XGWKB_TYPE_POLYGON:
       if (!index_in_range(part, shape_count(shape))) return failed(area, XGWKB_E_NO_PART);

@@ -96,6 +96,7 @@ extern "C" {
 
 int32_t xgWKB_shape_is_close(const unsigned char* shape, double tol) noexcept {
   if (shape == nullptr) return XGWKB_E_NULL_POINTER;
+  if (!members_well_typed(shape)) return XGWKB_E_INVALID_SHAPE;
   switch (shape_type(shape)) {
     case XGWKB_TYPE_LINESTRING:
       return wkb_line_is_closed_tol(shape, tol);

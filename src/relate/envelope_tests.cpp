@@ -130,14 +130,18 @@ int env_classify_segment(_xgWKB_POINT a, _xgWKB_POINT b, const _xgWKB_BOX& e, do
   const bool b_on = env_vertex_on_boundary(b, e, t);
   if (a_on && b_on) return 1;
   if ((a_on && b_inside) || (b_on && a_inside)) return 1;
-  // Cohen-Sutherland: move an outside end onto the line of its first outside bit until both
-  // ends are in (the segment passes through E) or the two share a side (outside).
+  // The segment passes through E when the outcode clipper keeps a piece of it.
+  return env_clip_segment(a, b, e) ? -1 : 0;
+}
+
+bool env_clip_segment(_xgWKB_POINT& a, _xgWKB_POINT& b, const _xgWKB_BOX& e) {
   uint32_t ca = env_outcode(a, e);
   uint32_t cb = env_outcode(b, e);
   for (int moves = 0; (ca | cb) != 0; ++moves) {
-    if ((ca & cb) != 0 || moves == kMaxClipMoves) return 0;
+    if ((ca & cb) != 0 || moves == kMaxClipMoves) return false;
     const bool move_a = ca != 0;
     const uint32_t code = move_a ? ca : cb;
+    // Each move is taken from the segment as it stands (both ends, possibly moved already).
     _xgWKB_POINT at;
     if (code & kOutLeft) {
       at = {e.minx, a.y + (b.y - a.y) * (e.minx - a.x) / (b.x - a.x)};
@@ -156,7 +160,7 @@ int env_classify_segment(_xgWKB_POINT a, _xgWKB_POINT b, const _xgWKB_BOX& e, do
       cb = env_outcode(b, e);
     }
   }
-  return -1;
+  return true;
 }
 
 EnvRunFacts env_run_facts(const Span& run, const _xgWKB_BOX& e, double t) {

@@ -47,6 +47,12 @@ inline bool env_apart(const _xgWKB_BOX& b, const _xgWKB_BOX& e, double t) {
 // else 8 above.
 uint32_t env_outcode(const _xgWKB_POINT& v, const _xgWKB_BOX& e);
 
+// Cohen-Sutherland with env_outcode: moves an outside end onto the line of its first outside bit
+// until both ends have code 0 (true: a-b is now the piece inside E grown by the margin) or both
+// lie beyond one side (false).  Each move puts an end on an edge line, so a few moves settle it;
+// a cap guards against coordinates that keep no order (NaN gets no code and cannot loop).
+bool env_clip_segment(_xgWKB_POINT& a, _xgWKB_POINT& b, const _xgWKB_BOX& e);
+
 // The segment lies along one edge: both ends on that same edge (env_edge_of's test for it).
 bool env_segment_along_boundary(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const _xgWKB_BOX& e,
                                 double t);

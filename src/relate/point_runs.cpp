@@ -1,7 +1,17 @@
 // point_runs.cpp - unpacking shapes into aligned runs, and the point locators.
 #include "relate/point_runs.h"
 
+#include <cstring>
+
 namespace xg {
+
+namespace {
+
+bool same_bits(const _xgWKB_POINT& a, const _xgWKB_POINT& b) {
+  return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+}  // namespace
 
 Span make_span(const _xgWKB_POINT* p, uint32_t n) {
   Span s{p, n, empty_box()};
@@ -113,6 +123,29 @@ bool ShapeRuns::load(const byte* shape, bool close_rings) {
     box_merge(&box_, spans_.back().box);
   }
   return true;
+}
+
+void ShapeRuns::collapse_repeats() {
+  std::size_t out = 0;
+  for (std::size_t r = 0; r < spans_.size(); ++r) {
+    const std::size_t from = offsets_[r];
+    const uint32_t n = spans_[r].n;
+    const _xgWKB_BOX box = spans_[r].box;
+    offsets_[r] = static_cast<uint32_t>(out);
+    for (uint32_t i = 0; i < n; ++i) {
+      const _xgWKB_POINT p = pts_[from + i];
+      // Dropped when the two points written last are both copies of it.
+      if (i >= 2 && same_bits(p, pts_[out - 1]) && same_bits(p, pts_[out - 2]) &&
+          out - 2 >= offsets_[r]) {
+        continue;
+      }
+      pts_[out++] = p;
+    }
+    spans_[r].n = static_cast<uint32_t>(out - offsets_[r]);
+    spans_[r].box = box;
+  }
+  pts_.truncate(out);
+  for (std::size_t r = 0; r < spans_.size(); ++r) spans_[r].p = pts_.data() + offsets_[r];
 }
 
 }  // namespace xg

@@ -89,6 +89,12 @@ class ShapeRuns {
   // other type or a multi-type member of a foreign type.
   bool load(const byte* shape, bool close_rings);
 
+  // Shortens every stretch of three or more bit-identical consecutive points of a run to two.
+  // The run keeps the same distinct segments (one zero-length segment stands for the many), so
+  // the tests that look at segments one by one answer the same, while a run of n copies of one
+  // point no longer offers n squared pairs of segments.  Boxes stay as they are.
+  void collapse_repeats();
+
   uint32_t type() const { return type_; }
   uint32_t part_count() const { return static_cast<uint32_t>(parts_.size()); }
   uint32_t run_count() const { return static_cast<uint32_t>(spans_.size()); }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "relate/planar.h"
 #include "relate/segment_pairs.h"
@@ -12,7 +13,7 @@ namespace xg {
 
 // ---- operands ----------------------------------------------------------------------------
 
-bool RelateOperand::load(const byte* shape, double t) {
+bool RelateOperand::load(const byte* shape, double t, bool indexed) {
   const uint32_t type = shape_type(shape);
   if (type == XGWKB_TYPE_LINESTRING || type == XGWKB_TYPE_MULTILINESTRING) {
     dim_ = 1;
@@ -22,8 +23,18 @@ bool RelateOperand::load(const byte* shape, double t) {
     return false;
   }
   if (!runs_.load(shape, dim_ == 2)) return false;
+  runs_.collapse_repeats();
   ends_.clear();
   left_.clear();
+  indexes_.clear();
+  if (indexed) {
+    bool any = false;
+    for (uint32_t r = 0; r < runs_.run_count(); ++r) any = any || runs_.run(r).n > kPlainRingPoints;
+    if (any) {
+      indexes_ = std::vector<RingIndex>(runs_.run_count());
+      for (uint32_t r = 0; r < runs_.run_count(); ++r) indexes_[r].prepare(runs_.run(r), t);
+    }
+  }
 
   if (dim_ == 1) {
     // End points of open members; a point where an even number of ends meet is interior.
@@ -71,10 +82,28 @@ Loc RelateOperand::locate_on_shape(const _xgWKB_POINT& p, double t) const {
   return kIn;
 }
 
+const RingIndex* RelateOperand::index_for(uint32_t r, const _xgWKB_POINT& p, double t) const {
+  // The index offers the edges whose y-range grown by at least t holds p.y: every edge within t
+  // of p, for t >= 0.  A negative t is left to the plain loops.
+  if (indexes_.empty() || !(t >= 0) || !indexable(p) || !indexes_[r].ready(t)) return nullptr;
+  return &indexes_[r];
+}
+
 Loc RelateOperand::locate_lineal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const {
   for (uint32_t r = 0; r < runs_.run_count(); ++r) {
     const Span& run = runs_.run(r);
     if (run.n == 0 || outside_box(p, run.box, t)) continue;
+    if (const RingIndex* index = index_for(r, p, t)) {
+      // The plain loop below answers with the first segment near p: the lowest-numbered one.
+      uint32_t best = run.n;
+      index->edges_at(p.y, [&](uint32_t j) {
+        if (j < best && near_segment(p, run.p[j], run.p[j + 1], t)) best = j;
+        return false;
+      });
+      if (best == run.n) continue;
+      if (hit) *hit = EdgeHit{run.p[best], run.p[best + 1], false};
+      return locate_on_shape(p, t);
+    }
     const uint32_t segments = run.n == 1 ? 1 : run.n - 1;  // a lone point: a segment of length 0
     for (uint32_t i = 0; i < segments; ++i) {
       const _xgWKB_POINT& a = run.p[i];
@@ -88,6 +117,22 @@ Loc RelateOperand::locate_lineal(const _xgWKB_POINT& p, double t, EdgeHit* hit) 
   return kOut;
 }
 
+namespace {
+
+// Edge (a, b) holds p within t (a box test first: cheap, and it keeps the answers of negative t).
+bool near_edge(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t) {
+  const bool near_box = p.y >= std::min(a.y, b.y) - t && p.y <= std::max(a.y, b.y) + t &&
+                        p.x >= std::min(a.x, b.x) - t && p.x <= std::max(a.x, b.x) + t;
+  return near_box && near_segment(p, a, b, t);
+}
+
+// Edge (a, b) crosses the ray from p to the right (half-open in y: a vertex counts once).
+bool crosses_right(const _xgWKB_POINT& p, const _xgWKB_POINT& a, const _xgWKB_POINT& b) {
+  return (a.y > p.y) != (b.y > p.y) && p.x < a.x + (p.y - a.y) * (b.x - a.x) / (b.y - a.y);
+}
+
+}  // namespace
+
 Loc RelateOperand::locate_areal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const {
   for (uint32_t part = 0; part < runs_.part_count(); ++part) {
     const ShapeRuns::Part& pr = runs_.part(part);
@@ -98,17 +143,39 @@ Loc RelateOperand::locate_areal(const _xgWKB_POINT& p, double t, EdgeHit* hit) c
       const Span& ring = runs_.run(r);
       if (outside_box(p, ring.box, t)) continue;  // neither on it nor inside it
       bool odd = false;
-      for (uint32_t i = 1; i < ring.n; ++i) {
-        const _xgWKB_POINT& a = ring.p[i - 1];
-        const _xgWKB_POINT& b = ring.p[i];
-        const bool near_box = p.y >= std::min(a.y, b.y) - t && p.y <= std::max(a.y, b.y) + t &&
-                              p.x >= std::min(a.x, b.x) - t && p.x <= std::max(a.x, b.x) + t;
-        if (near_box && near_segment(p, a, b, t)) {
-          if (hit) *hit = EdgeHit{a, b, interior_left(r)};
+      if (const RingIndex* index = index_for(r, p, t)) {
+        // Every edge near p or crossing its horizontal is offered.  The plain loop below stops at
+        // the first edge near p (the lowest-numbered one); the parity does not depend on order.
+        // Edges wholly beyond reach of p on one side are passed over, the parity mended as in
+        // indexed_ring_relation (ring_index.cpp).
+        uint32_t best = ring.n;
+        bool crossings = false;
+        bool skipped_right = false;
+        index->edges_at_side(p.y, p.x, index->reach_for(p.x), &skipped_right, [&](uint32_t j) {
+          const _xgWKB_POINT& a = ring.p[j];
+          const _xgWKB_POINT& b = ring.p[j + 1];
+          if (j < best && near_edge(p, a, b, t)) best = j;
+          if (crosses_right(p, a, b)) odd = !odd;
+          if ((a.y > p.y) != (b.y > p.y)) crossings = !crossings;
+          return false;
+        });
+        if (skipped_right) {
+          const bool all = (ring.p[0].y > p.y) != (ring.p[ring.n - 1].y > p.y);
+          odd = all != (crossings != odd);
+        }
+        if (best < ring.n) {
+          if (hit) *hit = EdgeHit{ring.p[best], ring.p[best + 1], interior_left(r)};
           return kOn;
         }
-        if ((a.y > p.y) != (b.y > p.y) && p.x < a.x + (p.y - a.y) * (b.x - a.x) / (b.y - a.y)) {
-          odd = !odd;
+      } else {
+        for (uint32_t i = 1; i < ring.n; ++i) {
+          const _xgWKB_POINT& a = ring.p[i - 1];
+          const _xgWKB_POINT& b = ring.p[i];
+          if (near_edge(p, a, b, t)) {
+            if (hit) *hit = EdgeHit{a, b, interior_left(r)};
+            return kOn;
+          }
+          if (crosses_right(p, a, b)) odd = !odd;
         }
       }
       if (k == 0) {
@@ -149,7 +216,7 @@ class ContactWalk {
         if (note(kOn, y_.locate(e, t_, nullptr))) return true;
       }
     }
-    collect_contacts();
+    if (collect_contacts()) return true;
     return walk();
   }
 
@@ -164,49 +231,83 @@ class ContactWalk {
     return decided();
   }
 
-  void collect_contacts() {
+  // Gathers the contacts, noting where each lies on both shapes as it is found (the walk notes
+  // the same again in order); true, and the gathering stops, once that decides the query.
+  bool collect_contacts() {
     const ShapeRuns& xs = x_.runs();
     const ShapeRuns& ys = y_.runs();
+    const _xgWKB_POINT* pts = xs.points();
+    std::size_t noted = 0;
+    auto settled = [&]() {
+      for (; noted < contacts_.size(); ++noted) {
+        const Contact& c = contacts_[noted];
+        const _xgWKB_POINT& p = pts[c.seg];
+        const _xgWKB_POINT& q = pts[c.seg + 1];
+        const _xgWKB_POINT at = c.u == 0 ? p : (c.u == 1 ? q : lerp(p, q, c.u));
+        if (note(x_.locate_on_shape(at, t_), y_.locate_on_shape(c.on_second, t_))) return true;
+      }
+      return false;
+    };
     for (uint32_t rx = 0; rx < xs.run_count(); ++rx) {
       const Span& a = xs.run(rx);
       const uint32_t base = xs.run_offset(rx);
       for (uint32_t ry = 0; ry < ys.run_count(); ++ry) {
         const Span& b = ys.run(ry);
         if (b.n == 1) {  // a lone point of a degenerate member
-          for (uint32_t i = 0; i + 1 < a.n; ++i) add_point_contact(base + i, a.p[i], a.p[i + 1], b.p[0]);
+          for (uint32_t i = 0; i + 1 < a.n; ++i) {
+            add_point_contact(base + i, a.p[i], a.p[i + 1], b.p[0], contacts_.size());
+          }
+          if (settled()) return true;
           continue;
         }
-        any_segment_pair(a, b, t_, [&](uint32_t i, uint32_t j) {
+        const bool done = any_segment_pair(a, b, t_, [&](uint32_t i, uint32_t j) {
           add_contacts(base + i, a.p[i], a.p[i + 1], b.p[j], b.p[j + 1]);
-          return false;
+          return settled();
         });
+        if (done) return true;
       }
     }
     std::sort(contacts_.begin(), contacts_.end(), [](const Contact& l, const Contact& r) {
       return l.seg != r.seg ? l.seg < r.seg : l.u < r.u;
     });
+    return false;
+  }
+
+  // Adds c unless one of the contacts from `from` on is the very same (the walk would pass over
+  // it without effect: a stretch of length 0 and facts already noted).  A segment meeting its
+  // twin or a neighbour finds each shared end twice, once from either segment.
+  void push_contact(const Contact& c, std::size_t from) {
+    for (std::size_t i = from; i < contacts_.size(); ++i) {
+      const Contact& o = contacts_[i];
+      if (o.seg == c.seg && std::memcmp(&o.u, &c.u, sizeof c.u) == 0 &&
+          std::memcmp(&o.on_second, &c.on_second, sizeof c.on_second) == 0) {
+        return;
+      }
+    }
+    contacts_.push_back(c);
   }
 
   void add_point_contact(uint32_t seg, const _xgWKB_POINT& p, const _xgWKB_POINT& q,
-                         const _xgWKB_POINT& c) {
-    if (near_segment(c, p, q, t_)) contacts_.push_back(Contact{seg, project(c, p, q), c});
+                         const _xgWKB_POINT& c, std::size_t from) {
+    if (near_segment(c, p, q, t_)) push_contact(Contact{seg, project(c, p, q), c}, from);
   }
 
   // Everything segment (p, q) of x and segment (c, d) of y have within t of each other: ends of
   // either near the other, and a crossing of their interiors.
   void add_contacts(uint32_t seg, const _xgWKB_POINT& p, const _xgWKB_POINT& q,
                     const _xgWKB_POINT& c, const _xgWKB_POINT& d) {
-    add_point_contact(seg, p, q, c);
-    add_point_contact(seg, p, q, d);
-    if (near_segment(p, c, d, t_)) contacts_.push_back(Contact{seg, 0, lerp(c, d, project(p, c, d))});
-    if (near_segment(q, c, d, t_)) contacts_.push_back(Contact{seg, 1, lerp(c, d, project(q, c, d))});
+    const std::size_t from = contacts_.size();
+    add_point_contact(seg, p, q, c, from);
+    add_point_contact(seg, p, q, d, from);
+    if (near_segment(p, c, d, t_)) push_contact(Contact{seg, 0, lerp(c, d, project(p, c, d))}, from);
+    if (near_segment(q, c, d, t_)) push_contact(Contact{seg, 1, lerp(c, d, project(q, c, d))}, from);
     const double s1 = cross3(p, q, c);
     const double s2 = cross3(p, q, d);
     const double s3 = cross3(c, d, p);
     const double s4 = cross3(c, d, q);
     if (((s1 > 0 && s2 < 0) || (s1 < 0 && s2 > 0)) && ((s3 > 0 && s4 < 0) || (s3 < 0 && s4 > 0))) {
       const double u = s3 / (s3 - s4);
-      contacts_.push_back(Contact{seg, u, lerp(p, q, u)});
+      push_contact(Contact{seg, u, lerp(p, q, u)}, from);
     }
   }
 

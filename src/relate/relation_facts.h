@@ -25,7 +25,10 @@
 
 #include <cstdint>
 
+#include <vector>
+
 #include "relate/point_runs.h"
+#include "relate/ring_index.h"
 
 namespace xg {
 
@@ -55,8 +58,15 @@ struct EdgeHit {
 // One operand: a linestring, multilinestring, polygon or multipolygon.
 class RelateOperand {
  public:
-  // False for any other type or a malformed multi-type.
-  bool load(const byte* shape, double t);
+  RelateOperand() = default;
+  RelateOperand(const RelateOperand&) = delete;
+  RelateOperand& operator=(const RelateOperand&) = delete;
+
+  // False for any other type or a malformed multi-type.  Stretches of repeated points are
+  // shortened (ShapeRuns::collapse_repeats).  With indexed, large runs get an edge index that
+  // locate() consults (same answers as the plain loops, which indexed = false keeps: the tests
+  // compare the two).
+  bool load(const byte* shape, double t, bool indexed = true);
 
   int dim() const { return dim_; }
   const ShapeRuns& runs() const { return runs_; }
@@ -82,11 +92,14 @@ class RelateOperand {
  private:
   Loc locate_lineal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const;
   Loc locate_areal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const;
+  // The index of run r when it answers queries with tolerance t, else null.
+  const RingIndex* index_for(uint32_t r, const _xgWKB_POINT& p, double t) const;
 
   int dim_ = 0;
   ShapeRuns runs_;
   SmallVec<_xgWKB_POINT, 8> ends_;
   SmallVec<uint8_t, 8> left_;
+  std::vector<RingIndex> indexes_;  // one per run when indexed (unprepared for small runs)
 };
 
 // The facts between a and b (a's dimension not above b's), searched until q is decided.

@@ -71,6 +71,7 @@ bool RingIndex::build() const {
       const double d2 = dist2(a, b);
       if (d2 != 0 && d2 < 1e-200) tb.segments_ok = false;
       const double g = touch_margin(a, b, t_);
+      if (g > tb.max_margin) tb.max_margin = g;
       const double miny = a.y < b.y ? a.y : b.y;
       const double maxy = a.y < b.y ? b.y : a.y;
       Edge& e = tb.edges[j];
@@ -171,11 +172,27 @@ int32_t indexed_ring_relation(const _xgWKB_POINT& p, const Span& ring, double t)
   if (!ring.index->ready(t) || !indexable(p)) return ring_relation(p, ring.p, ring.n, t);
   // Edges outside p's band neither hold p nor flip the parity, and the parity does not depend
   // on the order the edges are visited in.
+  // Edges wholly beyond reach of p on one side are passed over: they do not hold p, and each
+  // crosses the horizontal through p, if at all, on that side.  Passing over the left ones
+  // leaves the parity of the crossings right of p as it is.  Passing over the right ones, the
+  // parity of the crossings right of p is that of all crossings (even for a closed ring: the
+  // walk returns to the side it started on; for an open one, odd when its ends lie on opposite
+  // sides of the horizontal) minus those seen not right of p.
   int32_t inside = 0;
-  const bool on = ring.index->edges_at(p.y, [&](uint32_t j) {
-    return ring_edge_step(p, ring.p[j], ring.p[j + 1], t, &inside);
+  int32_t crossings = 0;
+  bool skipped_right = false;
+  const bool on = ring.index->edges_at_side(p.y, p.x, ring.index->reach_for(p.x), &skipped_right,
+                                            [&](uint32_t j) {
+    const _xgWKB_POINT& prev = ring.p[j];
+    const _xgWKB_POINT& cur = ring.p[j + 1];
+    if (ring_edge_step(p, prev, cur, t, &inside)) return true;
+    crossings ^= ((cur.y <= p.y && p.y < prev.y) || (prev.y <= p.y && p.y < cur.y)) ? 1 : 0;
+    return false;
   });
-  return on ? 2 : inside;
+  if (on) return 2;
+  if (!skipped_right) return inside;
+  const int32_t all = (ring.p[0].y > p.y) != (ring.p[ring.n - 1].y > p.y) ? 1 : 0;
+  return all ^ crossings ^ inside;
 }
 
 int32_t indexed_locate_on_run(const _xgWKB_POINT& p, const Span& run, double t) {
@@ -183,8 +200,11 @@ int32_t indexed_locate_on_run(const _xgWKB_POINT& p, const Span& run, double t) 
   // The plain walk answers with its first hit.  Ranked in its order (vertex i as 2i, the
   // segment ending at vertex i as 2i + 1), the answer is the lowest-ranked hit.  A vertex equal
   // to p within t is offered with its edges: their y-ranges are grown by more than t.
+  // Only edges within reach of p can hold it (reach_for covers every edge's touch margin, which
+  // exceeds t), so the query is the box of p grown by that reach rather than p's whole band.
   uint64_t best = std::numeric_limits<uint64_t>::max();
-  run.index->edges_at(p.y, [&](uint32_t j) {
+  const _xgWKB_BOX at{p.x, p.y, p.x, p.y};
+  run.index->edges_near(at, run.index->reach_for(p.x), [&](uint32_t j) {
     const uint64_t rank = 2 * uint64_t{j};
     if (rank < best && wkb_point_equal_tol(p, run.p[j], t)) best = rank;
     if (rank + 2 < best && wkb_point_equal_tol(p, run.p[j + 1], t)) best = rank + 2;

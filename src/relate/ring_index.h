@@ -56,6 +56,21 @@ class RingIndex {
   template <class F>
   bool edges_at(double y, F&& f) const;
 
+  // Calls f(j), until f returns true, for the edges of y's band (those edges_at(y, f) would
+  // visit) except some that lie wholly beyond `reach` of x on one side: on the left when
+  // *skipped_right comes back false, on the right when true.  The side is the one that skips
+  // more.  reach must be at least reach_for(x) (see there) for the callers' arguments to hold.
+  template <class F>
+  bool edges_at_side(double y, double x, double reach, bool* skipped_right, F&& f) const;
+
+  // A distance beyond which an edge lying wholly left or right of x can neither hold a point
+  // at x within t (the box tests grow edges by touch_margin at most) nor have the side of its
+  // crossing with the horizontal misjudged by rounding (the products and quotients of the
+  // crossing tests err by far less than 1e-12 of the coordinates' size).
+  double reach_for(double x) const {
+    return tables_.max_margin + 1e-12 * (reach_ + (x < 0 ? -x : x));
+  }
+
   // The margin to pass to edges_near for segment (a, b) under tolerance t, when the numbers
   // allow box rejection of edges for the segment tests; false when they do not.  (The margin
   // bounds the rounding of those tests; see ring_index.cpp.)
@@ -94,6 +109,7 @@ class RingIndex {
   // (entries[starts[b] .. starts[b+1])) with the widest column span of its edges.
   struct Tables {
     bool segments_ok = false;  // the ring's numbers allow segment queries
+    double max_margin = 0;     // the largest touch_margin of an edge
     std::vector<Edge> edges;
     Slots bands;
     Slots columns;
@@ -156,6 +172,42 @@ bool RingIndex::edges_at(double y, F&& f) const {
   const Tables& tb = tables_;
   const uint32_t b = tb.bands.at(y);
   for (uint32_t k = tb.starts[b]; k < tb.starts[b + 1]; ++k) {
+    const uint32_t j = tb.entries[k];
+    if (tb.edges[j].lo <= y && y <= tb.edges[j].hi && f(j)) return true;
+  }
+  return false;
+}
+
+template <class F>
+bool RingIndex::edges_at_side(double y, double x, double reach, bool* skipped_right, F&& f) const {
+  const Tables& tb = tables_;
+  const uint32_t b = tb.bands.at(y);
+  const uint32_t begin = tb.starts[b];
+  const uint32_t end = tb.starts[b + 1];
+  // Entries run in column order of the edges' left ends.  Those from `right` on start right of
+  // x + reach; those before `left` end left of x - reach (their right end lies at most the
+  // band's widest span of columns after their left end).
+  const uint32_t c_hi = tb.columns.at(x + reach);
+  const uint32_t c_lo = tb.columns.at(x - reach);
+  const uint32_t from = c_lo > tb.widths[b] ? c_lo - tb.widths[b] : 0;
+  auto first_at_or_after = [&](uint32_t column) {
+    uint32_t lo = begin, hi = end;
+    while (lo < hi) {
+      const uint32_t mid = lo + (hi - lo) / 2;
+      if (tb.columns.at(tb.edges[tb.entries[mid]].minx) < column) {
+        lo = mid + 1;
+      } else {
+        hi = mid;
+      }
+    }
+    return lo;
+  };
+  const uint32_t left = from > 0 ? first_at_or_after(from) : begin;
+  const uint32_t right = c_hi + 1 < tb.columns.count ? first_at_or_after(c_hi + 1) : end;
+  *skipped_right = end - right >= left - begin;
+  const uint32_t k0 = *skipped_right ? begin : left;
+  const uint32_t k1 = *skipped_right ? right : end;
+  for (uint32_t k = k0; k < k1; ++k) {
     const uint32_t j = tb.entries[k];
     if (tb.edges[j].lo <= y && y <= tb.edges[j].hi && f(j)) return true;
   }

@@ -31,18 +31,6 @@ constexpr Verdict kValid{XGWKB_OK, false};
 Verdict fail(int32_t code) { return {code, false}; }
 Verdict fail_or(int32_t code) { return {code, true}; }
 
-// A polygon ring copied into linestring framing, for the tests that take whole lines.
-class RingLine {
- public:
-  explicit RingLine(PointRun ring) : bytes_(kHeaderSize + ring.bytes()) {
-    BlobWriter(bytes_.data()).header(XGWKB_TYPE_LINESTRING).bytes(ring.at, ring.bytes());
-  }
-  const byte* data() const { return bytes_.data(); }
-
- private:
-  std::vector<byte> bytes_;
-};
-
 // A line must not run back over itself: only consecutive segments are compared.  (General
 // self-crossing of an open line is accepted; rings are tested for it separately.)
 Verdict check_segment_run(PointRun run) {
@@ -62,10 +50,12 @@ Verdict check_line(const byte* line) {
   return check_segment_run(run);
 }
 
-Verdict check_ring(PointRun ring) {
-  const RingLine line(ring);
-  if (!wkb_line_is_closed_tol(line.data(), kTol)) return fail(XGWKB_E_NOT_CLOSED);
-  if (!line_is_simple(line.data(), kTol, nullptr)) return fail(XGWKB_E_SELF_INTERSECTION);
+// A ring, given as stored and as its unpacked points: closed, simple, not doubling back.
+Verdict check_ring(PointRun ring, const Span& points) {
+  if (ring.size() < 2 || !wkb_point_equal_tol(ring.front(), ring.back(), kTol)) {
+    return fail(XGWKB_E_NOT_CLOSED);
+  }
+  if (!run_is_simple(points, kTol)) return fail(XGWKB_E_SELF_INTERSECTION);
   return check_segment_run(ring);
 }
 
@@ -126,15 +116,15 @@ Verdict check_polygon(const byte* polygon) {
   const uint32_t count = shape_count(polygon);
   if (count < 1) return fail_or(XGWKB_E_INTEGRITY);
 
-  Verdict verdict = kValid;
-  for_each_ring(polygon, [&](PointRun ring, uint32_t) {
-    if (verdict.ok()) verdict = check_ring(ring);
-  });
-  if (!verdict.ok()) return verdict;
-
-  // The rings unpacked once for the many tests between them; the large ones get edge indexes.
+  // The rings unpacked once for all the tests; the large ones get edge indexes further down.
+  // (A polygon always unpacks into one run per ring.)
   ShapeRuns runs;
   if (!runs.load(polygon, false) || runs.run_count() != count) return fail_or(XGWKB_E_INTEGRITY);
+  Verdict verdict = kValid;
+  for_each_ring(polygon, [&](PointRun ring, uint32_t k) {
+    if (verdict.ok()) verdict = check_ring(ring, runs.run(k));
+  });
+  if (!verdict.ok()) return verdict;
   const IndexedPolygon indexed(runs.polygon(0), kTol);
   const Span* rings = indexed.spans().rings;
   const Span& outer = rings[0];

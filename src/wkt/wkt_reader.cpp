@@ -1,6 +1,7 @@
 // wkt_reader.cpp - the WKT reader and its export.
 #include "wkt/wkt_reader.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdlib>
 #include <cstring>
@@ -15,23 +16,34 @@ namespace xg {
 namespace {
 
 // What a text holds, gathered before the blob is sized: all points in order, the number of
-// points of each line or ring, and the number of rings of each polygon.
+// points of each line or ring, and the number of rings of each polygon; when the text does not
+// follow the dialect, the character where reading stopped.
 struct Gathered {
   std::vector<_xgWKB_POINT> points;
   std::vector<uint32_t> run_points;
   std::vector<uint32_t> polygon_rings;
+  const char* stop = nullptr;
+
+  bool fail(const char* at) {
+    stop = at;
+    return false;
+  }
 };
 
 // Reads the pair "x y" at p and moves p past its terminating "," or ")", which is returned;
-// returns 0 (p unchanged) when the pair starts with a blank or the text ends inside it.
-char read_pair(const char*& p, _xgWKB_POINT& pt) {
+// returns 0 (p unchanged, *fault at the offending character) when the pair starts with a blank
+// or the text ends inside it.
+char read_pair(const char*& p, _xgWKB_POINT& pt, const char** fault) {
   const char* const start = p;
+  *fault = start;
   if (*start == ' ') return 0;
   const char* blank = start;
   while (*blank != '\0' && *blank != ' ') ++blank;
+  *fault = blank;
   if (*blank == '\0') return 0;
   const char* stop = blank;
   while (*stop != '\0' && *stop != ',' && *stop != ')') ++stop;
+  *fault = stop;
   if (*stop == '\0') return 0;
   pt.x = parse_number_field(start, blank);
   pt.y = parse_number_field(blank, stop);  // the blank is part of y's field and skipped by strtod
@@ -39,14 +51,27 @@ char read_pair(const char*& p, _xgWKB_POINT& pt) {
   return *stop;
 }
 
+// The first character after p that fits none of the texts that may follow a part: p plus the
+// longest prefix any of them shares with the text (",(" is always allowed; the end of the text
+// is expected after a complete `end`).
+const char* first_mismatch(const char* p, const char* other, const char* end) {
+  std::size_t longest = 0;
+  for (const char* sep : {",(", other, end}) {
+    std::size_t k = 0;
+    while (sep[k] != '\0' && p[k] == sep[k]) ++k;
+    longest = std::max(longest, k);
+  }
+  return p + longest;
+}
+
 // A sequence of pairs closed by ")" at the end of the text (point, linestring, multipoint).
 bool gather_flat(const char* p, Gathered& g) {
   for (;;) {
     _xgWKB_POINT pt;
-    const char end = read_pair(p, pt);
+    const char end = read_pair(p, pt, &g.stop);
     if (end == 0) return false;
     g.points.push_back(pt);
-    if (end == ')') return *p == '\0';
+    if (end == ')') return *p == '\0' || g.fail(p);
   }
 }
 
@@ -58,7 +83,7 @@ bool gather_runs(const char* p, bool polygons, Gathered& g) {
   uint32_t rings = 0;
   for (;;) {
     _xgWKB_POINT pt;
-    const char end = read_pair(p, pt);
+    const char end = read_pair(p, pt, &g.stop);
     if (end == 0) return false;
     g.points.push_back(pt);
     ++n;
@@ -69,7 +94,7 @@ bool gather_runs(const char* p, bool polygons, Gathered& g) {
     if (p[0] == ',' && p[1] == '(') {
       p += 2;
     } else if (!polygons) {
-      return p[0] == ')' && p[1] == '\0';
+      return (p[0] == ')' && p[1] == '\0') || g.fail(first_mismatch(p, ",(", ")"));
     } else if (p[0] == ')' && p[1] == ',' && p[2] == '(' && p[3] == '(') {
       g.polygon_rings.push_back(rings);
       rings = 0;
@@ -78,7 +103,7 @@ bool gather_runs(const char* p, bool polygons, Gathered& g) {
       g.polygon_rings.push_back(rings);
       return true;
     } else {
-      return false;
+      return g.fail(first_mismatch(p, "),((", "))"));
     }
   }
 }
@@ -98,7 +123,14 @@ int extra_parens(uint32_t type) {
 
 bool gather(const char* text, uint32_t type, Gathered& g) {
   const char* p = skip_opening_parens(text, extra_parens(type));
-  if (p == nullptr) return false;
+  if (p == nullptr) {
+    // Stopped at the end of the text (no "(") or where the run of parentheses falls short.
+    const char* q = std::strchr(text, '(');
+    if (q == nullptr) return g.fail(text + std::strlen(text));
+    while (*++q == '(') {
+    }
+    return g.fail(q);
+  }
   switch (type) {
     case XGWKB_TYPE_POLYGON:
     case XGWKB_TYPE_MULTILINESTRING:
@@ -176,12 +208,18 @@ byte* build_blob(uint32_t type, const Gathered& g) {
 
 }  // namespace
 
-byte* read_wkt_geometry(const char* text, uint32_t type) {
+byte* read_wkt_geometry(const char* text, uint32_t type, std::size_t* stop) {
   if (!is_geometry_type(type)) return nullptr;
   Gathered g;
-  if (!gather(text, type, g) || g.points.empty()) return nullptr;
+  if (!gather(text, type, g) || g.points.empty()) {
+    if (stop != nullptr) *stop = static_cast<std::size_t>((g.stop != nullptr ? g.stop : text) - text);
+    return nullptr;
+  }
   // Counts are stored as u32.
-  if (g.points.size() > UINT32_MAX) return nullptr;
+  if (g.points.size() > UINT32_MAX) {
+    if (stop != nullptr) *stop = std::strlen(text);
+    return nullptr;
+  }
   byte* blob = build_blob(type, g);
   // Running out of memory is no flaw of the text: it is reported as such, not as a text without
   // a shape.
@@ -193,25 +231,52 @@ byte* read_wkt_geometry(const char* text, uint32_t type) {
 
 using namespace xg;
 
+namespace {
+
+// The reading both exports share: the nil shape for the empty texts, -27 for a keyword that
+// names no geometry type, -204 with *stop set when the text does not follow the dialect.
+int32_t read_dialect(const char* wkt, unsigned char** shape, std::size_t* stop) {
+  if (is_wkt_empty_text(wkt)) {
+    byte* nil = blob_alloc(kHeaderSize);
+    if (nil == nullptr) return kOutOfMemory;
+    write_header(nil, XGWKB_TYPE_NIL);
+    *shape = nil;
+    return XGWKB_OK;
+  }
+  const uint32_t type = wkt_keyword_code(wkt);
+  if (!is_geometry_type(type)) {
+    *stop = 0;
+    return XGWKB_E_INVALID_ENTITY;
+  }
+  byte* blob = read_wkt_geometry(wkt, type, stop);
+  if (blob == nullptr) return XGWKB_E_TEXT_SYNTAX;
+  *shape = blob;
+  return XGWKB_OK;
+}
+
+}  // namespace
+
 extern "C" {
 
 int32_t xgWKB_shape_generate_from_WKT(const char* wkt, unsigned char** shape) noexcept {
   if (wkt == nullptr || shape == nullptr) return XGWKB_E_NULL_POINTER;
   return guarded([&]() -> int32_t {
-    if (is_wkt_empty_text(wkt)) {
-      byte* nil = blob_alloc(kHeaderSize);
-      if (nil == nullptr) return kOutOfMemory;
-      write_header(nil, XGWKB_TYPE_NIL);
-      *shape = nil;
-      return XGWKB_OK;
-    }
-    const uint32_t type = wkt_keyword_code(wkt);
-    if (!is_geometry_type(type)) return XGWKB_E_INVALID_ENTITY;
+    std::size_t stop = 0;
+    const int32_t status = read_dialect(wkt, shape, &stop);
     // Intended: a geometry text that does not follow the dialect makes no shape and is not
     // reported; the status stays 0 and callers test the out-pointer.
-    byte* blob = read_wkt_geometry(wkt, type);
-    if (blob != nullptr) *shape = blob;
-    return XGWKB_OK;
+    return status == XGWKB_E_TEXT_SYNTAX ? int32_t{XGWKB_OK} : status;
+  });
+}
+
+int32_t xgWKB_shape_from_WKT_ex(const char* text, unsigned char** out, size_t* error_offset) noexcept {
+  if (text == nullptr || out == nullptr) return XGWKB_E_NULL_POINTER;
+  return guarded([&]() -> int32_t {
+    std::size_t stop = 0;
+    const int32_t status = read_dialect(text, out, &stop);
+    if ((status == XGWKB_E_TEXT_SYNTAX || status == XGWKB_E_INVALID_ENTITY) && error_offset != nullptr)
+      *error_offset = stop;
+    return status;
   });
 }
 

@@ -9,14 +9,16 @@
 #ifndef XGGEO_WKT_WKT_READER_H
 #define XGGEO_WKT_WKT_READER_H
 
+#include <cstddef>
+
 #include "core/blob.h"
 
 namespace xg {
 
 // Reads a text whose keyword names geometry type `type` (1-6) into a new blob (malloc'ed), or
-// returns nullptr when the text does not follow the dialect.  Throws std::bad_alloc when memory
-// runs out.
-byte* read_wkt_geometry(const char* text, uint32_t type);
+// returns nullptr when the text does not follow the dialect, with *stop (when not null) set to the
+// offset of the character where reading stopped.  Throws std::bad_alloc when memory runs out.
+byte* read_wkt_geometry(const char* text, uint32_t type, std::size_t* stop = nullptr);
 
 }  // namespace xg
 
