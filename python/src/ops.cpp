@@ -184,6 +184,18 @@ int32_t envelope_predicate(const unsigned char *shape, const unsigned char *box,
   return Fn(shape, box, t) ? 1 : 0;
 }
 
+int32_t buffer(const unsigned char *s, const double *p, unsigned char **out) {
+  return xgWKB_shape_generate_buffer(s, p[0], out, p[1]);
+}
+
+// Clipping reads four doubles from an envelope blob: anything else is refused, as above.
+int32_t clip(const unsigned char *shape, const unsigned char *box, unsigned char **out, double t) {
+  uint32_t type = 0;
+  xgWKB_shape_get_type(box, &type);
+  if (type != XGWKB_TYPE_ENVELOPE) return XGWKB_E_INVALID_ENTITY;
+  return xgWKB_shape_clip(shape, box, out, t);
+}
+
 int32_t distance(const unsigned char *a, const unsigned char *b, double t, double *out) {
   return xgWKB_shape_calculate_distance(a, b, out, t);
 }
@@ -235,10 +247,7 @@ const ShapeOp kShapeOps[] = {
     {"rotate", "angle, cx=0.0, cy=0.0", rotate, "Shapes rotated clockwise by angle radians about (cx, cy)."},
     {"stretch", "fx, fy, bx=0.0, by=0.0", stretch, "Shapes scaled by fx, fy about (bx, by)."},
     {"mirror", "x1, y1, x2, y2, tolerance=0.0001", mirror, "Mirror images about the line (x1, y1)-(x2, y2)."},
-    // Buffer, once the library has it: an adapter
-    //   int32_t buffer(const unsigned char *s, const double *p, unsigned char **out) {
-    //     return xgWKB_shape_generate_buffer(s, p[0], out, p[1]); }
-    // and the row {"buffer", "distance, min_radius=0.0", buffer, "..."}.
+    {"buffer", "distance, min_radius=0.0", buffer, "The region within distance (None below min_radius)."},
 };
 
 const TextOp kTextOps[] = {
@@ -276,8 +285,7 @@ const BinaryShapeOp kBinaryShapeOps[] = {
     {"difference", xgWKB_shape_difference, "a without b."},
     {"symmetric_difference", xgWKB_shape_symmetric_difference, "What lies in exactly one of a and b."},
     {"merge", xgWKB_shape_merge, "a and b merged into one shape, lines joined end to end."},
-    // Clipping, once the library has it: {"clip", xgWKB_shape_clip, "..."} (b an envelope shape);
-    // the package then also defines clip_by_rect(geometry, xmin, ymin, xmax, ymax).
+    {"clip", clip, "The part of a inside envelope b (see clip_by_rect)."},
 };
 
 const ReadOp kReadOps[] = {

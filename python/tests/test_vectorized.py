@@ -10,10 +10,10 @@ from conftest import mixed, random_polygons
 
 # Scalar parameters for the operations that take them (the others take none).
 PARAMS = {"move": (3.0, -2.0), "rotate": (0.5, 1.0, 2.0), "stretch": (2.0, 0.5, 1.0, 1.0),
-          "mirror": (0.0, 0.0, 1.0, 3.0), "to_ogc_wkt": (6,)}
+          "mirror": (0.0, 0.0, 1.0, 3.0), "to_ogc_wkt": (6,), "buffer": (1.5,)}
 UNARY = [op for kind, op, _, _ in xg._xggeokit.OPS if kind.startswith("unary")]
 BINARY = [op for kind, op, _, _ in xg._xggeokit.OPS if kind.startswith("binary")]
-ENVELOPE_OPS = {op for op in BINARY if op.startswith("envelope_")}
+ENVELOPE_OPS = {op for op in BINARY if op.startswith("envelope_") or op == "clip"}
 
 
 def same(x, y):
@@ -186,3 +186,17 @@ def test_transforms_move_the_bounds_and_leave_the_input(square, name, params, ex
 def test_dialect_and_ogc_text_read_to_the_same_shape():
     assert xg.from_wkt("point (1 2)") == xg.from_wkt("POINT (1 2)") == xg.points([1, 2])
     assert xg.from_wkt("  Polygon((0 0,1 0,1 1,0 0))") == xg.from_wkt("polygon ((0 0, 1 0, 1 1, 0 0))")
+
+
+def test_buffer_and_clip_by_rect(square):
+    circle = xg.buffer(xg.points([0, 0]), 1.0)
+    assert xg.area(circle) == pytest.approx(20 * math.sin(2 * math.pi / 40), rel=1e-6)  # a 40-gon
+    assert xg.buffer(xg.points([0, 0]), 1.0, 2.0) is None  # below min_radius nothing is made
+    assert xg.area(xg.buffer(square, 1.0)) > 100.0 > xg.area(xg.buffer(square, -1.0))
+    assert xg.area(xg.clip_by_rect(square, 5, 5, 20, 20)) == pytest.approx(25.0)
+    assert xg.clip_by_rect(square, 50, 50, 60, 60).type == "Nil"
+    clipped = xg.clip_by_rect(np.array([square, None, xg.linestrings([[-5, 1], [15, 1]])]), 0, 0, 10, 10)
+    assert clipped[1] is None and xg.length(clipped[2]) == pytest.approx(10.0, abs=2e-4)
+    with pytest.raises(xg.GeometryError) as err:
+        xg.clip(square, square)  # the box must be an envelope shape
+    assert err.value.code == -27
