@@ -47,10 +47,10 @@ def pair(a, b):
     return np.ascontiguousarray(ba.ravel()), np.ascontiguousarray(bb.ravel()), ba.shape
 
 
-def parse_params(spec):
+def parse_params(arg_text):
     """"dx, dy=0.0" -> [("dx", Parameter.empty), ("dy", 0.0)]."""
     params = []
-    for item in filter(None, (s.strip() for s in spec.split(","))):
+    for item in filter(None, (s.strip() for s in arg_text.split(","))):
         name, _, default = item.partition("=")
         params.append((name.strip(), float(default) if default else inspect.Parameter.empty))
     return params
@@ -63,9 +63,9 @@ def signature(first, params, extra):
     return inspect.Signature(p)
 
 
-def unary(kind, name, spec):
+def unary(kind, name, arg_text):
     kernel = getattr(_xggeokit.kernels, name)
-    params = parse_params(spec)
+    params = parse_params(arg_text)
     sig = signature(["geometry"], params, [("threads", None), ("errors", "raise")])
     trailing = (4,) if name == "bounds" else ()
 
@@ -86,7 +86,7 @@ def unary(kind, name, spec):
     return function
 
 
-def binary(kind, name, spec):
+def binary(kind, name, arg_text):
     kernel = getattr(_xggeokit.kernels, name)
 
     def function(a, b, tolerance=DEFAULT_TOLERANCE, *, threads=None, errors="raise"):
@@ -96,7 +96,7 @@ def binary(kind, name, spec):
     return function
 
 
-def reader(kind, name, spec):
+def reader(kind, name, arg_text):
     kernel = getattr(_xggeokit.kernels, name)
 
     def function(data, *, threads=None, errors="raise"):
@@ -113,8 +113,8 @@ _MAKERS = {"unary_f64": unary, "unary_bool": unary, "unary_shape": unary, "unary
 def install(namespace):
     """Defines one function per table row in namespace; returns the public names."""
     names = []
-    for kind, name, spec, doc in _xggeokit.OPS:
-        function = _MAKERS[kind](kind, name, spec)
+    for kind, name, arg_text, doc in _xggeokit.OPS:
+        function = _MAKERS[kind](kind, name, arg_text)
         function.__name__ = function.__qualname__ = name
         function.__module__ = "xggeokit"
         function.__doc__ = doc
