@@ -184,6 +184,22 @@ int32_t envelope_predicate(const unsigned char *shape, const unsigned char *box,
   return Fn(shape, box, t) ? 1 : 0;
 }
 
+// A point found on a shape, handed out as a point shape.
+int32_t point_shape(int32_t status, const _xgWKB_POINT &at, unsigned char **out) {
+  return status == XGWKB_OK ? xgWKB_shape_generate_point(&at, out) : status;
+}
+
+int32_t line_interpolate(const unsigned char *s, const double *p, unsigned char **out) {
+  _xgWKB_POINT at{};
+  return point_shape(xgWKB_shape_find_along(s, p[0], &at), at, out);
+}
+
+int32_t snap(const unsigned char *s, const double *p, unsigned char **out) {
+  const _xgWKB_POINT target{p[0], p[1]};
+  _xgWKB_POINT at{};
+  return point_shape(xgWKB_shape_snap_point(s, &target, p[2], static_cast<int32_t>(p[3]), &at), at, out);
+}
+
 int32_t buffer(const unsigned char *s, const double *p, unsigned char **out) {
   return xgWKB_shape_generate_buffer(s, p[0], out, p[1]);
 }
@@ -248,6 +264,9 @@ const ShapeOp kShapeOps[] = {
     {"stretch", "fx, fy, bx=0.0, by=0.0", stretch, "Shapes scaled by fx, fy about (bx, by)."},
     {"mirror", "x1, y1, x2, y2, tolerance=0.0001", mirror, "Mirror images about the line (x1, y1)-(x2, y2)."},
     {"buffer", "distance, min_radius=0.0", buffer, "The region within distance (None below min_radius)."},
+    {"line_interpolate", "fraction", line_interpolate, "The point at a fraction (0 to 1) of a linestring's length."},
+    {"snap", "x, y, tolerance, modes=7.0", snap,
+     "(x, y) snapped to the nearest end point (4), vertex (1) or edge point (2) within tolerance; modes OR-ed."},
 };
 
 const TextOp kTextOps[] = {

@@ -10,7 +10,8 @@ from conftest import mixed, random_polygons
 
 # Scalar parameters for the operations that take them (the others take none).
 PARAMS = {"move": (3.0, -2.0), "rotate": (0.5, 1.0, 2.0), "stretch": (2.0, 0.5, 1.0, 1.0),
-          "mirror": (0.0, 0.0, 1.0, 3.0), "to_ogc_wkt": (6,), "buffer": (1.5,)}
+          "mirror": (0.0, 0.0, 1.0, 3.0), "to_ogc_wkt": (6,), "buffer": (1.5,),
+          "line_interpolate": (0.3,), "snap": (1.0, 1.0, 2.0)}
 UNARY = [op for kind, op, _, _ in xg._xggeokit.OPS if kind.startswith("unary")]
 BINARY = [op for kind, op, _, _ in xg._xggeokit.OPS if kind.startswith("binary")]
 ENVELOPE_OPS = {op for op in BINARY if op.startswith("envelope_") or op == "clip"}
@@ -200,3 +201,12 @@ def test_buffer_and_clip_by_rect(square):
     with pytest.raises(xg.GeometryError) as err:
         xg.clip(square, square)  # the box must be an envelope shape
     assert err.value.code == -27
+
+
+def test_line_interpolate_and_snap():
+    line = xg.from_wkt("linestring (0 0,1 0,3 0)")
+    assert xg.to_wkt(xg.line_interpolate(line, 0.75)) == "point (1.500000 0.000000)"
+    with pytest.raises(xg.GeometryError):
+        xg.line_interpolate(xg.from_wkt("linestring (0 0,1 0,2 0)"), 0.5)  # on an interior vertex: not found
+    assert xg.to_wkt(xg.snap(line, 2.9, 0.05, 0.2)) == "point (3.000000 0.000000)"  # the end point wins
+    assert xg.to_wkt(xg.snap(line, 2.0, 0.05, 0.2, 2)) == "point (2.000000 0.000000)"  # edges only
