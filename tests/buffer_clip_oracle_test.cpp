@@ -75,20 +75,6 @@ class Shapes {
 
 class Oracle : public ::testing::Test {
  protected:
-  GEOSGeometry* geos_of(const unsigned char* blob) {
-    if (xgWKB_shape_is_nil(blob)) return GEOSGeom_createEmptyPolygon_r(oracle_.handle());
-    return oracle_.to_geos(blob);
-  }
-  double area(const GEOSGeometry* g) {
-    double a = 0;
-    GEOSArea_r(oracle_.handle(), g, &a);
-    return a;
-  }
-  double length(const GEOSGeometry* g) {
-    double l = 0;
-    GEOSLength_r(oracle_.handle(), g, &l);
-    return l;
-  }
   GEOSGeometry* box(double minx, double miny, double maxx, double maxy) {
     char wkt[256];
     std::snprintf(wkt, sizeof wkt, "POLYGON ((%.17g %.17g, %.17g %.17g, %.17g %.17g, %.17g %.17g, %.17g %.17g))",
@@ -120,9 +106,9 @@ TEST_F(Oracle, BuffersMatchGeosAreasAndCoverTheInput) {
     Out ours;
     ASSERT_EQ(xgWKB_shape_generate_buffer(Misaligned(shape).data(), d, &ours.p, 0), 0);
     ASSERT_NE(ours.p, nullptr);
-    GeosGeom mine(oracle_, geos_of(ours.p)), ref(oracle_, GEOSBuffer_r(oracle_.handle(), input.get(), d, 10));
+    GeosGeom mine(oracle_, oracle_.to_geos_or_empty(ours.p)), ref(oracle_, GEOSBuffer_r(oracle_.handle(), input.get(), d, 10));
     EXPECT_TRUE(GEOSisValid_r(oracle_.handle(), mine.get())) << oracle_.to_wkt(mine.get());
-    EXPECT_NEAR(area(mine.get()), area(ref.get()), 0.01 * area(ref.get()));
+    EXPECT_NEAR(oracle_.area(mine.get()), oracle_.area(ref.get()), 0.01 * oracle_.area(ref.get()));
     if (d > 0) {
       EXPECT_TRUE(GEOSCovers_r(oracle_.handle(), mine.get(), input.get()));
     }
@@ -142,12 +128,12 @@ TEST_F(Oracle, ClippedLinesAndPolygonsMatchGeosIntersectionWithTheBox) {
     SCOPED_TRACE(oracle_.to_wkt(input.get()) + "\n" + oracle_.to_wkt(b.get()));
     Out ours;
     ASSERT_EQ(xgWKB_shape_clip(shape.data(), envelope(minx, miny, maxx, maxy).data(), &ours.p, 1e-9), 0);
-    GeosGeom mine(oracle_, geos_of(ours.p)), ref(oracle_, GEOSIntersection_r(oracle_.handle(), input.get(), b.get()));
+    GeosGeom mine(oracle_, oracle_.to_geos_or_empty(ours.p)), ref(oracle_, GEOSIntersection_r(oracle_.handle(), input.get(), b.get()));
     ASSERT_TRUE(mine.get() != nullptr && ref.get() != nullptr);
     const bool lines = kind == 1 || kind == 4;
-    const double want = lines ? length(ref.get()) : area(ref.get());
-    const double got = lines ? length(mine.get()) : area(mine.get());
-    EXPECT_NEAR(got, want, 1e-9 * (lines ? length(input.get()) : area(input.get())));
+    const double want = lines ? oracle_.length(ref.get()) : oracle_.area(ref.get());
+    const double got = lines ? oracle_.length(mine.get()) : oracle_.area(mine.get());
+    EXPECT_NEAR(got, want, 1e-9 * (lines ? oracle_.length(input.get()) : oracle_.area(input.get())));
   }
 }
 
@@ -163,11 +149,11 @@ TEST_F(Oracle, CutLinePiecesAddUpAndTheInsideMatchesGeos) {
     Out inside, outside;
     inside.p = pieces.inside;
     outside.p = pieces.outside;
-    GeosGeom in(oracle_, geos_of(inside.p)), out(oracle_, geos_of(outside.p));
+    GeosGeom in(oracle_, oracle_.to_geos_or_empty(inside.p)), out(oracle_, oracle_.to_geos_or_empty(outside.p));
     GeosGeom ref(oracle_, GEOSIntersection_r(oracle_.handle(), gl.get(), gp.get()));
-    const double total = length(gl.get());
-    EXPECT_NEAR(length(in.get()) + length(out.get()), total, 1e-9 * total);
-    EXPECT_NEAR(length(in.get()), length(ref.get()), 1e-9 * total);
+    const double total = oracle_.length(gl.get());
+    EXPECT_NEAR(oracle_.length(in.get()) + oracle_.length(out.get()), total, 1e-9 * total);
+    EXPECT_NEAR(oracle_.length(in.get()), oracle_.length(ref.get()), 1e-9 * total);
   }
 }
 
@@ -201,9 +187,9 @@ TEST_F(Oracle, LineBufferIsExactlyTheUnionOfCirclesAndRectangles) {
     GeosGeom ref(oracle_, GEOSUnaryUnion_r(oracle_.handle(), all.get()));
     Out ours;
     ASSERT_EQ(xgWKB_shape_generate_buffer(linestring(pts).data(), d, &ours.p, 0), 0);
-    GeosGeom mine(oracle_, geos_of(ours.p));
+    GeosGeom mine(oracle_, oracle_.to_geos_or_empty(ours.p));
     GeosGeom diff(oracle_, GEOSSymDifference_r(oracle_.handle(), mine.get(), ref.get()));
     GeosGeom ring(oracle_, GEOSBoundary_r(oracle_.handle(), ref.get()));
-    EXPECT_LT(area(diff.get()), 0.5e-4 * length(ring.get())) << oracle_.to_wkt(mine.get());
+    EXPECT_LT(oracle_.area(diff.get()), 0.5e-4 * oracle_.length(ring.get())) << oracle_.to_wkt(mine.get());
   }
 }

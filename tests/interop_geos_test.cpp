@@ -103,14 +103,6 @@ class Sampler {
   std::mt19937 rng_;
 };
 
-Bytes take(unsigned char* out) {
-  uint32_t size = 5;
-  if (out[1] != XGWKB_TYPE_NIL) xgWKB_shape_get_WKB_size(out, &size);
-  Bytes b(out, out + size);
-  xgWKB_shape_free(out);
-  return b;
-}
-
 }  // namespace
 
 TEST(InteropGeos, GeosWkbAndWktReadHereCoordinateForCoordinate) {
@@ -131,7 +123,7 @@ TEST(InteropGeos, GeosWkbAndWktReadHereCoordinateForCoordinate) {
       char* text = GEOSWKTWriter_write_r(h, wkt, g.get());
       unsigned char* out = nullptr;
       ASSERT_EQ(xgWKB_shape_from_ogc_wkt(text, 0, &out), 0) << text;
-      EXPECT_EQ(take(out), s.blob) << text;
+      EXPECT_EQ(take_shape(out), s.blob) << text;
       GEOSFree_r(h, text);
       for (int order : {GEOS_WKB_XDR, GEOS_WKB_NDR})
         for (int flavor : {GEOS_WKB_ISO, GEOS_WKB_EXTENDED}) {
@@ -143,7 +135,7 @@ TEST(InteropGeos, GeosWkbAndWktReadHereCoordinateForCoordinate) {
           unsigned char* bytes = GEOSWKBWriter_write_r(h, wkb, g.get(), &size);
           out = nullptr;
           ASSERT_EQ(xgWKB_shape_from_wkb(bytes, size, &out), 0) << s.wkt_z << " " << order << flavor << dims;
-          EXPECT_EQ(take(out), s.blob) << s.wkt_z;
+          EXPECT_EQ(take_shape(out), s.blob) << s.wkt_z;
           const int32_t refused = xgWKB_shape_from_wkb_ex(bytes, size, XGWKB_REFUSE_Z, &out, nullptr);
           EXPECT_EQ(refused, dims == 3 ? XGWKB_E_EXTRA_ORDINATES : 0);
           if (refused == 0) xgWKB_shape_free(out);

@@ -47,12 +47,7 @@ Read read(const Bytes& wkb, uint32_t flags = 0) {
   unsigned char* out = nullptr;
   size_t offset = 12345;
   Read r{xgWKB_shape_from_wkb_ex(m.data(), wkb.size(), flags, &out, &offset), {}, offset};
-  if (out != nullptr) {
-    uint32_t size = 5;
-    if (out[1] != XGWKB_TYPE_NIL) xgWKB_shape_get_WKB_size(out, &size);
-    r.blob.assign(out, out + size);
-    xgWKB_shape_free(out);
-  }
+  if (out != nullptr) r.blob = take_shape(out);
   return r;
 }
 

@@ -87,22 +87,12 @@ using GeosOp = GEOSGeometry* (*)(GEOSContextHandle_t, const GEOSGeometry*, const
 
 class OracleChecks : public ::testing::Test {
  protected:
-  // Our result as a GEOS geometry (nil: an empty polygon).
-  GEOSGeometry* geos_of(const unsigned char* blob) {
-    if (xgWKB_shape_is_nil(blob)) return GEOSGeom_createEmptyPolygon_r(oracle_.handle());
-    return oracle_.to_geos(blob);
-  }
-  double area(const GEOSGeometry* g) {
-    double a = 0;
-    GEOSArea_r(oracle_.handle(), g, &a);
-    return a;
-  }
   // The area of a op b; NaN (failing the comparison) when GEOS cannot compute it.
   double area_of(GeosOp op, const GEOSGeometry* a, const GEOSGeometry* b) {
     GEOSGeometry* r = op(oracle_.handle(), a, b);
     if (r == nullptr) return std::nan("");
     GeosGeom owned(oracle_, r);
-    return area(r);
+    return oracle_.area(r);
   }
   bool valid(const GEOSGeometry* g) { return GEOSisValid_r(oracle_.handle(), g) == 1; }
 
@@ -126,7 +116,7 @@ class OracleChecks : public ::testing::Test {
       Out ours;
       EXPECT_EQ(op.ours(Misaligned(a).data(), Misaligned(b).data(), &ours.p, 0), 0);
       if (ours.p == nullptr) continue;
-      GeosGeom mine(oracle_, geos_of(ours.p)), ref(oracle_, op.geos(oracle_.handle(), ga.get(), gb.get()));
+      GeosGeom mine(oracle_, oracle_.to_geos_or_empty(ours.p)), ref(oracle_, op.geos(oracle_.handle(), ga.get(), gb.get()));
       EXPECT_TRUE(valid(mine.get())) << oracle_.to_wkt(mine.get());
       EXPECT_LT(area_of(GEOSSymDifference_r, mine.get(), ref.get()), scale)
           << oracle_.to_wkt(mine.get()) << "\nGEOS: " << oracle_.to_wkt(ref.get());
@@ -134,12 +124,12 @@ class OracleChecks : public ::testing::Test {
     Out only_a, only_b, common;
     EXPECT_EQ(xgWKB_shape_overlay(a.data(), b.data(), &only_a.p, &only_b.p, &common.p, 0), 0);
     if (only_a.p == nullptr || only_b.p == nullptr || common.p == nullptr) return true;
-    GeosGeom oa(oracle_, geos_of(only_a.p)), ob(oracle_, geos_of(only_b.p)), oc(oracle_, geos_of(common.p));
+    GeosGeom oa(oracle_, oracle_.to_geos_or_empty(only_a.p)), ob(oracle_, oracle_.to_geos_or_empty(only_b.p)), oc(oracle_, oracle_.to_geos_or_empty(common.p));
     for (const GEOSGeometry* g : {oa.get(), ob.get(), oc.get()}) EXPECT_TRUE(valid(g)) << oracle_.to_wkt(g);
     EXPECT_LT(area_of(GEOSIntersection_r, oa.get(), ob.get()) + area_of(GEOSIntersection_r, oa.get(), oc.get()) +
                   area_of(GEOSIntersection_r, ob.get(), oc.get()),
               scale);
-    EXPECT_NEAR(area(oa.get()) + area(ob.get()) + area(oc.get()), scale * 1e9, scale);
+    EXPECT_NEAR(oracle_.area(oa.get()) + oracle_.area(ob.get()) + oracle_.area(oc.get()), scale * 1e9, scale);
     const struct {
       const GEOSGeometry* ours;
       GeosOp op;

@@ -68,6 +68,18 @@ Pairs all_pairs(const xg::Span& a, const xg::Span& b, double t) {
   return p;
 }
 
+// The sweep offers exactly the pairs the double loop finds, each once.
+void expect_sweep_offers_each_pair_once(const Ring& a, const Ring& b, double t, int trial) {
+  Pairs seen;
+  bool twice = false;
+  xg::any_segment_pair(span(a), span(b), t, [&](uint32_t i, uint32_t j) {
+    twice = twice || !seen.insert({i, j}).second;
+    return false;
+  });
+  EXPECT_FALSE(twice) << trial;
+  EXPECT_EQ(seen, all_pairs(span(a), span(b), t)) << trial;
+}
+
 // Large runs facing each other across a diagonal gap are swept along the diagonal: the same
 // pairs again.
 TEST(SegmentPairsTest, DiagonalSweepOffersExactlyThePairsTheDoubleLoopDoes) {
@@ -77,14 +89,7 @@ TEST(SegmentPairsTest, DiagonalSweepOffersExactlyThePairsTheDoubleLoopDoes) {
     const double gap = 43.5;  // apart, boxes overlapping in a corner; the gap along x + y or x - y
     const Ring a = star_ring(rng, {kX0, kY0}, 24, 30, 15000);
     const Ring b = star_ring(rng, {kX0 + gap, kY0 + (trial % 2 ? gap : -gap)}, 24, 30, 15000);
-    Pairs seen;
-    bool twice = false;
-    xg::any_segment_pair(span(a), span(b), t, [&](uint32_t i, uint32_t j) {
-      twice = twice || !seen.insert({i, j}).second;
-      return false;
-    });
-    EXPECT_FALSE(twice) << trial;
-    EXPECT_EQ(seen, all_pairs(span(a), span(b), t)) << trial;
+    expect_sweep_offers_each_pair_once(a, b, t, trial);
   }
 }
 
@@ -98,14 +103,7 @@ TEST(SegmentPairsTest, SweepOffersExactlyThePairsTheDoubleLoopDoes) {
     Ring b = random_run(rng, 50 + trial * 3, 50, t, false);
     const double shift = (trial % 5) * 15.0;
     for (auto& p : b) p.x += shift;
-    Pairs seen;
-    bool twice = false;
-    xg::any_segment_pair(span(a), span(b), t, [&](uint32_t i, uint32_t j) {
-      twice = twice || !seen.insert({i, j}).second;
-      return false;
-    });
-    EXPECT_FALSE(twice) << trial;
-    EXPECT_EQ(seen, all_pairs(span(a), span(b), t)) << trial;
+    expect_sweep_offers_each_pair_once(a, b, t, trial);
 
     Pairs within;
     xg::any_segment_pair_within(span(a), 2, t, [&](uint32_t i, uint32_t j) {

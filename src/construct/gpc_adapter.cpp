@@ -348,17 +348,42 @@ bool one_sided_parts(Engine& engine, const cl::Paths& s, const cl::Paths& c, con
   return split_by_side(x, flags, subject_only, clip_only);
 }
 
+// What the clip has and the subject has not: a second engine with the roles swapped, since one
+// engine only ever subtracts its clip paths from its subject paths.
+cl::Paths clip_minus_subject(const cl::Paths& s, const cl::Paths& c) {
+  Engine swapped;
+  swapped.add(c, cl::ptSubject);
+  swapped.add(s, cl::ptClip);
+  cl::Paths out;
+  swapped.run(cl::ctDifference, &out);
+  return out;
+}
+
+// The operands of one clip on their common grid, and an engine holding both.
+struct Prepared {
+  Grid grid;
+  cl::Paths s, c;
+  Engine engine;
+};
+
+// False when the coordinates cannot be put on a grid (non-finite or too large).
+bool prepare(const gpc_polygon& subject, const gpc_polygon& clip, Prepared* p) {
+  if (!fit_grid(subject, clip, &p->grid)) return false;
+  p->s = to_paths(subject, p->grid);
+  p->c = to_paths(clip, p->grid);
+  p->engine.add(p->s, cl::ptSubject);
+  p->engine.add(p->c, cl::ptClip);
+  return true;
+}
+
 }  // namespace
 
 int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygon& clip, gpc_polygon* result) {
   gpc_free_polygon(result);
-  Grid grid;
-  if (!fit_grid(subject, clip, &grid)) return XGWKB_E_INVALID_ARGUMENT;
-  const cl::Paths s = to_paths(subject, grid);
-  const cl::Paths c = to_paths(clip, grid);
-  Engine engine;
-  engine.add(s, cl::ptSubject);
-  engine.add(c, cl::ptClip);
+  Prepared p;
+  if (!prepare(subject, clip, &p)) return XGWKB_E_INVALID_ARGUMENT;
+  const Grid& grid = p.grid;
+  Engine& engine = p.engine;
   if (op != GPC_XOR) {
     run(engine, clip_type(op), grid, result);
     return XGWKB_OK;
@@ -368,12 +393,8 @@ int32_t gpc_polygon_clip(gpc_op op, const gpc_polygon& subject, const gpc_polygo
   // piece of one side shares an edge with a piece of the other (operands with common edges), or a
   // ring runs along another or itself, the pieces go once more through the engine, whose union joins
   // them (their insides are disjoint, so even-odd fill of both sides is their union).
-  cl::Paths both, other_side;
+  cl::Paths both, other_side = clip_minus_subject(p.s, p.c);
   engine.run(cl::ctDifference, &both);
-  Engine swapped;
-  swapped.add(c, cl::ptSubject);
-  swapped.add(s, cl::ptClip);
-  swapped.run(cl::ctDifference, &other_side);
   both.insert(both.end(), std::make_move_iterator(other_side.begin()), std::make_move_iterator(other_side.end()));
   for (int pass = 0; pass < 2 && edges_along_each_other(both); ++pass) {
     Engine again;
@@ -390,10 +411,11 @@ int32_t three_way_polygon_clip(const gpc_polygon& subject, const gpc_polygon& cl
   gpc_free_polygon(common);
   gpc_free_polygon(subject_only);
   gpc_free_polygon(clip_only);
-  Grid grid;
-  if (!fit_grid(subject, clip, &grid)) return XGWKB_E_INVALID_ARGUMENT;
-  const cl::Paths s = to_paths(subject, grid);
-  const cl::Paths c = to_paths(clip, grid);
+  Prepared p;
+  if (!prepare(subject, clip, &p)) return XGWKB_E_INVALID_ARGUMENT;
+  const cl::Paths& s = p.s;
+  const cl::Paths& c = p.c;
+  Engine& engine = p.engine;
   // One engine holds the edges of both operands for every run.  The common part and the
   // symmetric difference take two sweeps; the symmetric difference's rings are then told apart
   // by the common part's vertices (see split_by_side).  Where that does not work out (operands
@@ -406,9 +428,6 @@ int32_t three_way_polygon_clip(const gpc_polygon& subject, const gpc_polygon& cl
   // square of that ring's length.  The symmetric difference draws both one-sided parts as one
   // ring pinched at the crossings, twice as long as either part's, so there two separate
   // differences are cheaper than one symmetric difference.
-  Engine engine;
-  engine.add(s, cl::ptSubject);
-  engine.add(c, cl::ptClip);
   cl::Paths both;
   engine.run(cl::ctIntersection, &both);
   cl::Paths mine, theirs;
@@ -418,16 +437,13 @@ int32_t three_way_polygon_clip(const gpc_polygon& subject, const gpc_polygon& cl
     theirs.clear();
     engine.run(cl::ctDifference, &mine);
     settle(mine);
-    Engine swapped;
-    swapped.add(c, cl::ptSubject);
-    swapped.add(s, cl::ptClip);
-    swapped.run(cl::ctDifference, &theirs);
+    theirs = clip_minus_subject(s, c);
     settle(theirs);
   }
   settle(both);
-  from_paths(both, grid, common);
-  from_paths(mine, grid, subject_only);
-  from_paths(theirs, grid, clip_only);
+  from_paths(both, p.grid, common);
+  from_paths(mine, p.grid, subject_only);
+  from_paths(theirs, p.grid, clip_only);
   return XGWKB_OK;
 }
 

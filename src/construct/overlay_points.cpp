@@ -244,30 +244,28 @@ int32_t header_copy_point(const byte* from, byte** out) {
   return XGWKB_OK;
 }
 
+// a and b with nothing in common: copies of each into only_a and only_b, both or neither.
+int32_t apart(const byte* a, const byte* b, byte** only_a, byte** only_b) {
+  byte* oa = nullptr;
+  int32_t s = copy_blob(a, &oa);
+  if (s != XGWKB_OK) return s;
+  OwnedBlob keep(oa);
+  s = copy_blob(b, only_b);
+  if (s != XGWKB_OK) return s;
+  *only_a = keep.release();
+  return XGWKB_OK;
+}
+
 // Point a against point or multipoint b; outputs not named stay unwritten.
 int32_t overlay_point_first(const byte* a, const byte* b, double t, byte** only_a, byte** only_b, byte** common) {
   if (shape_type(b) == XGWKB_TYPE_POINT) {
     if (points_equal(a, b, t)) return header_copy_point(a, common);
-    byte* oa = nullptr;
-    int32_t s = copy_blob(a, &oa);
-    if (s != XGWKB_OK) return s;
-    OwnedBlob keep(oa);
-    s = copy_blob(b, only_b);
-    if (s != XGWKB_OK) return s;
-    *only_a = keep.release();
-    return XGWKB_OK;
+    return apart(a, b, only_a, only_b);
   }
   const std::vector<const byte*> members = members_of(b);
   // Member 0 only, as in the other point kernels: intended.
   if (members.empty() || !points_equal(a, members[0], t)) {
-    byte* oa = nullptr;
-    int32_t s = copy_blob(a, &oa);
-    if (s != XGWKB_OK) return s;
-    OwnedBlob keep(oa);
-    s = copy_blob(b, only_b);
-    if (s != XGWKB_OK) return s;
-    *only_a = keep.release();
-    return XGWKB_OK;
+    return apart(a, b, only_a, only_b);
   }
   byte* c = nullptr;
   int32_t s = header_copy_point(a, &c);

@@ -68,6 +68,14 @@ Bytes multiline(const std::vector<Ring>& lines) {
 
 Bytes nil() { return header(XGWKB_TYPE_NIL); }
 
+Bytes take_shape(unsigned char* shape) {
+  uint32_t size = static_cast<uint32_t>(header(XGWKB_TYPE_NIL).size());  // nil: its header alone
+  if (shape[1] != XGWKB_TYPE_NIL) xgWKB_shape_get_WKB_size(shape, &size);
+  Bytes b(shape, shape + size);
+  xgWKB_shape_free(shape);
+  return b;
+}
+
 Misaligned::Misaligned(const Bytes& blob, std::size_t shift) : shift_(shift) {
   // vector storage is at least 8-aligned, so an odd shift misaligns every double; the storage is
   // reserved exactly, so the blob ends where the heap buffer ends and a read past it shows under

@@ -27,6 +27,8 @@ Bytes polygon(const std::vector<Ring>& rings);
 Bytes multi(uint32_t type, const std::vector<Bytes>& members);
 Bytes multiline(const std::vector<Ring>& lines);  // one member per run
 Bytes nil();
+// The bytes of a shape the library handed out (a geometry type or nil), which is then freed.
+Bytes take_shape(unsigned char* shape);
 
 // A copy of a blob placed at an odd address at the end of a heap buffer, so that every double in
 // it is misaligned and nothing past it can be read unnoticed; keeps the storage alive while the

@@ -1,5 +1,6 @@
 #include "support/geos_oracle.h"
 
+#include <cmath>
 #include <cstdint>
 #include <stdexcept>
 
@@ -48,6 +49,21 @@ GEOSGeometry* GeosOracle::to_geos(const unsigned char* blob) const {
   GEOSGeometry* g = GEOSWKBReader_read_r(ctx_, reader_, copy.data(), copy.size());
   if (g == nullptr) throw std::runtime_error("GEOS could not read the blob");
   return g;
+}
+
+GEOSGeometry* GeosOracle::to_geos_or_empty(const unsigned char* blob) const {
+  if (blob[1] == XGWKB_TYPE_NIL) return GEOSGeom_createEmptyPolygon_r(ctx_);
+  return to_geos(blob);
+}
+
+double GeosOracle::area(const GEOSGeometry* g) const {
+  double a = 0;
+  return GEOSArea_r(ctx_, g, &a) == 1 ? a : std::nan("");
+}
+
+double GeosOracle::length(const GEOSGeometry* g) const {
+  double l = 0;
+  return GEOSLength_r(ctx_, g, &l) == 1 ? l : std::nan("");
 }
 
 std::vector<unsigned char> GeosOracle::from_geos(const GEOSGeometry* g) const {

@@ -24,6 +24,12 @@ class GeosOracle {
 
   // A GEOS geometry from one of our blobs (types 1-6); the caller destroys it with destroy().
   GEOSGeometry* to_geos(const unsigned char* blob) const;
+  // The same, with the nil shape (what an operation leaves when nothing is left) as an empty
+  // polygon.
+  GEOSGeometry* to_geos_or_empty(const unsigned char* blob) const;
+  // GEOS's area and length of a geometry (NaN when GEOS cannot compute them).
+  double area(const GEOSGeometry* g) const;
+  double length(const GEOSGeometry* g) const;
   // Our blob (byte-order bytes 0) from a GEOS geometry.
   std::vector<unsigned char> from_geos(const GEOSGeometry* g) const;
   GEOSGeometry* from_wkt(const std::string& wkt) const;
