@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <random>
 #include <set>
@@ -105,6 +106,53 @@ TEST(SegmentPairsTest, SweepOffersExactlyThePairsTheDoubleLoopDoes) {
     for (auto& p : b) p.x += shift;
     expect_sweep_offers_each_pair_once(a, b, t, trial);
 
+    Pairs within;
+    xg::any_segment_pair_within(span(a), 2, t, [&](uint32_t i, uint32_t j) {
+      within.insert({i, j});
+      return false;
+    });
+    Pairs expected;
+    for (const auto& p : all_pairs(span(a), span(a), t)) {
+      if (p.second >= p.first + 2) expected.insert(p);
+    }
+    EXPECT_EQ(within, expected) << trial;
+  }
+}
+
+// Runs made of long monotone stretches: arcs of circles (smooth or with radius noise),
+// staircases of axis-parallel steps with repeated points, and a zig-zag whose segments are
+// shorter than t.
+Ring chain_run(Rng& rng, int kind, int n, double t) {
+  Ring r;
+  const double cx = kX0 + uniform(rng, -3, 3), cy = kY0 + uniform(rng, -3, 3);
+  for (int i = 0; i < n; ++i) {
+    const double f = static_cast<double>(i) / n;
+    if (kind == 0) {  // an arc of a circle, a turn and a quarter, radius noise about t
+      const double a = 2.5 * M_PI * f, rad = 20 + uniform(rng, -1, 1) * t;
+      r.push_back({cx + rad * std::cos(a), cy + rad * std::sin(a)});
+    } else if (kind == 1) {  // a staircase: steps along x, then y, some repeated
+      const _xgWKB_POINT last = r.empty() ? _xgWKB_POINT{cx, cy} : r.back();
+      const int step = static_cast<int>(uniform(rng, 0, 3));
+      r.push_back(step == 0 ? last : step == 1 ? _xgWKB_POINT{last.x + 0.25, last.y}
+                                               : _xgWKB_POINT{last.x, last.y - 0.25});
+    } else {  // a zig-zag of tiny steps along a line
+      r.push_back({cx + 40 * f + (i % 2) * 0.3 * t, cy + 10 * f - (i % 3) * 0.3 * t});
+    }
+  }
+  return r;
+}
+
+// Where runs are cut into long monotone chains, the chains' binary searches still offer exactly
+// the pairs of the double loop: one run against another in every mix of kinds, the run against
+// itself, and tolerances from negative to far above the segment lengths.
+TEST(SegmentPairsTest, LongChainsOfferExactlyThePairsTheDoubleLoopDoes) {
+  Rng rng(23);
+  const double tolerances[] = {-0.01, 0.0, 1e-4, 0.5, 3.0};
+  for (int trial = 0; trial < 45; ++trial) {
+    const double t = tolerances[trial % 5];
+    const Ring a = chain_run(rng, trial % 3, 400 + trial * 7, t);
+    const Ring b = chain_run(rng, (trial / 3) % 3, 300 + trial * 5, t);
+    expect_sweep_offers_each_pair_once(a, b, t, trial);
     Pairs within;
     xg::any_segment_pair_within(span(a), 2, t, [&](uint32_t i, uint32_t j) {
       within.insert({i, j});

@@ -1,17 +1,21 @@
 // segment_pairs.h - the one place that pairs every segment of a run with every segment of
 // another (or of itself).
 //
-// Every all-pairs walk of the relation layer goes through these two functions.  Small inputs
-// are paired by a plain double loop; larger ones by a sort-and-sweep over the segments' x
-// extents, which offers only pairs whose boxes overlap in x and then tests y; between two runs
-// only the segments near the other run's box take part.  Callers must not
-// depend on the order in which pairs are visited.  Pairs whose boxes are apart by more than t
-// are never offered.
+// Every all-pairs walk of the relation layer goes through these two functions.  They offer
+// exactly the pairs a plain double loop offers: those whose segment boxes come within t of each
+// other (boxes_meet with the first run's segment first), each once; callers must not depend on
+// the order.  Small inputs are paired by that double loop.  Larger runs are cut into monotone
+// chains (stretches along which neither x nor y turns back); the chains' boxes are sorted and
+// swept, and inside two chains whose boxes meet, the segments of one that meet a segment of the
+// other form one contiguous stretch (their boxes are ordered along both axes), found by binary
+// search.  Between two runs only the chains near the other run's box take part.  A run holding
+// a NaN coordinate has no order to search, and is swept segment by segment.
 #ifndef XGGEO_RELATE_SEGMENT_PAIRS_H
 #define XGGEO_RELATE_SEGMENT_PAIRS_H
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 
 #include "relate/point_runs.h"
 
@@ -183,12 +187,179 @@ bool sweep_along(Axis d, SegmentKeys& ka, SegmentKeys& kb, double t, double reac
   return false;
 }
 
+// ---- monotone chains ----------------------------------------------------------------------
+
+// Segments [first, last) of a run along which x never decreases (or, with x_down, never
+// increases), and likewise y.
+struct ChainRange {
+  uint32_t first, last;
+  bool x_down, y_down;
+};
+
+// The chains of a run near a window, as keys (box and the chain's place in `ranges`).
+struct Chains {
+  SegmentKeys keys;
+  SmallVec<ChainRange, 32> ranges;
+};
+
+inline bool has_nan(const Span& s) {
+  for (uint32_t i = 0; i < s.n; ++i) {
+    if (s.p[i].x != s.p[i].x || s.p[i].y != s.p[i].y) return true;
+  }
+  return false;
+}
+
+// Cuts run s (free of NaN) into monotone chains and keeps those whose box meets `window` within
+// `slack`, sorted by their left edge.
+inline void chains_in(const Span& s, const _xgWKB_BOX& window, double slack, Chains& out) {
+  uint32_t i = 0;
+  while (i + 1 < s.n) {
+    const uint32_t first = i;
+    _xgWKB_BOX box = segment_box(s.p[i], s.p[i + 1]);
+    int sx = 0, sy = 0;  // -1, 0 (not yet known) or 1
+    for (; i + 1 < s.n; ++i) {
+      const double dx = s.p[i + 1].x - s.p[i].x;
+      const double dy = s.p[i + 1].y - s.p[i].y;
+      const int ex = (dx > 0) - (dx < 0);
+      const int ey = (dy > 0) - (dy < 0);
+      if ((ex != 0 && sx != 0 && ex != sx) || (ey != 0 && sy != 0 && ey != sy)) break;
+      if (sx == 0) sx = ex;
+      if (sy == 0) sy = ey;
+      box_add(&box, s.p[i + 1]);
+    }
+    if (boxes_meet(box, window, slack)) {
+      out.keys.push_back(SegmentKey{box, static_cast<uint32_t>(out.ranges.size())});
+      out.ranges.push_back(ChainRange{first, i, sx < 0, sy < 0});
+    }
+  }
+  sort_segment_keys(out.keys);
+}
+
+// One axis of a chain: the low and high ends of segment j's box along it, both monotone in j
+// (non-decreasing, or non-increasing when down).
+struct ChainAxis {
+  const _xgWKB_POINT* p;
+  bool on_y;
+  bool down;
+  double lo(uint32_t j) const {
+    const uint32_t k = down ? j + 1 : j;
+    return on_y ? p[k].y : p[k].x;
+  }
+  double hi(uint32_t j) const {
+    const uint32_t k = down ? j : j + 1;
+    return on_y ? p[k].y : p[k].x;
+  }
+};
+
+// Narrows [*from, *to) within chain c of run s to the segments whose boxes meet box w within t:
+// boxes_meet(w, segment box, t), or boxes_meet(segment box, w, t) with seg_first (the two round
+// differently, and each caller keeps the order of the plain double loop).  The result is one
+// stretch: along a chain the segments' boxes are ordered on both axes, so each of the four
+// comparisons of the box test holds on a prefix or on a suffix of the chain.
+inline void narrow(const Span& s, const ChainRange& c, const _xgWKB_BOX& w, double t,
+                   bool seg_first, uint32_t* from, uint32_t* to) {
+  for (int axis = 0; axis < 2 && *from < *to; ++axis) {
+    const ChainAxis ax{s.p, axis == 1, axis == 1 ? c.y_down : c.x_down};
+    const double wlo = axis == 1 ? w.miny : w.minx;
+    const double whi = axis == 1 ? w.maxy : w.maxx;
+    // Segment j's box ends below w, or begins above it (wkb_boxes_disjoint_tol's comparisons).
+    auto below = [&](uint32_t j) { return seg_first ? ax.hi(j) + t < wlo : wlo - t > ax.hi(j); };
+    auto above = [&](uint32_t j) { return seg_first ? ax.lo(j) - t > whi : whi + t < ax.lo(j); };
+    // The first j of [*from, *to) where holds(j) stops being true (holds is true on a prefix).
+    auto end_of = [&](auto&& holds) {
+      uint32_t lo = *from, hi = *to;
+      while (lo < hi) {
+        const uint32_t m = lo + (hi - lo) / 2;
+        if (holds(m)) lo = m + 1; else hi = m;
+      }
+      return lo;
+    };
+    uint32_t lo, hi;
+    if (!ax.down) {  // `below` on a prefix, `above` on a suffix
+      lo = end_of(below);
+      hi = end_of([&](uint32_t j) { return !above(j); });
+    } else {
+      lo = end_of(above);
+      hi = end_of([&](uint32_t j) { return !below(j); });
+    }
+    *from = lo;
+    *to = hi < lo ? lo : hi;
+  }
+}
+
+// Calls f(i, j) for segment i of chain ca of run a and segment j of chain cb of run b whose
+// boxes meet within t (segment i's box first, as in the double loop), restricted to
+// j >= i + gap when gap > 0 (a and b the same run, ca not after cb).  Stops when f returns true.
+template <class F>
+bool chain_pairs(const Span& a, const ChainRange& ca, const Span& b, const ChainRange& cb,
+                 const _xgWKB_BOX& box_b, double t, uint32_t gap, F&& f) {
+  // Only segments of ca that meet cb's box can meet one of its segments.
+  uint32_t from = ca.first, to = ca.last;
+  narrow(a, ca, box_b, t, true, &from, &to);
+  for (uint32_t i = from; i < to; ++i) {
+    const _xgWKB_BOX sa = segment_box(a.p[i], a.p[i + 1]);
+    uint32_t jf = cb.first, jt = cb.last;
+    if (gap > 0 && jf < i + gap) jf = i + gap;
+    if (jf >= jt) continue;
+    narrow(b, cb, sa, t, false, &jf, &jt);
+    for (uint32_t j = jf; j < jt; ++j) {
+      if (f(i, j)) return true;
+    }
+  }
+  return false;
+}
+
+// Calls g(ka[x], kb[y]) for every key of ka and key of kb whose boxes meet within t, sweeping
+// along x, or along y or a diagonal where a sample of the pairs shows that direction to separate
+// the two sides better.  Expects both sorted by their left edge.  Stops when g returns true.
+template <class G>
+bool sweep_keys(SegmentKeys& ka, SegmentKeys& kb, double t, double reach, G&& g) {
+  if (uint64_t{ka.size()} * kb.size() > kChooseAxisPairs && reach < 1e300 && t >= 0 &&
+      t < 1e300 && all_finite(ka) && all_finite(kb)) {
+    const Axis d = sweep_axis(ka, kb, t);
+    if (d != Axis::kX) {
+      return sweep_along(d, ka, kb, t, reach, [&](uint32_t x, uint32_t y) { return g(ka[x], kb[y]); });
+    }
+  }
+  SmallVec<uint32_t, 32> active_a, active_b;
+  std::size_t ia = 0, ib = 0;
+  while (ia < ka.size() || ib < kb.size()) {
+    if (ib == kb.size() || (ia < ka.size() && ka[ia].box.minx <= kb[ib].box.minx)) {
+      const SegmentKey& k = ka[ia];
+      if (sweep_step(k, kb, active_b, t, [&](const SegmentKey& o) { return g(k, o); })) return true;
+      active_a.push_back(static_cast<uint32_t>(ia++));
+    } else {
+      const SegmentKey& k = kb[ib];
+      if (sweep_step(k, ka, active_a, t, [&](const SegmentKey& o) { return g(o, k); })) return true;
+      active_b.push_back(static_cast<uint32_t>(ib++));
+    }
+  }
+  return false;
+}
+
+// Calls g(k, o) for every two keys of one sorted list whose boxes meet within t, each pair once.
+template <class G>
+bool sweep_keys_within(const SegmentKeys& keys, double t, G&& g) {
+  SmallVec<uint32_t, 32> active;
+  for (std::size_t n = 0; n < keys.size(); ++n) {
+    const SegmentKey& k = keys[n];
+    if (sweep_step(k, keys, active, t, [&](const SegmentKey& o) { return g(k, o); })) return true;
+    active.push_back(static_cast<uint32_t>(n));
+  }
+  return false;
+}
+
+// The chains' boxes are compared with t grown by more than the rounding of the comparisons
+// (which differ with the order of the two boxes): every pair of segments whose boxes meet within
+// t lies in two chains whose boxes meet within this.  The segments are then tested with t.
+inline double chain_slack(double t, double reach) {
+  return t + 1e-12 * (reach + (t < 0 ? -t : t));
+}
+
 }  // namespace detail
 
 // Calls f(i, j) for segment i of a and segment j of b (segment i is (p[i], p[i+1])) whose boxes
-// come within t of each other.  Stops as soon as f returns true and then returns true.  Large
-// runs are swept along x, or along y or a diagonal where a sample of the pairs shows that
-// direction to separate the two runs' segments better.
+// come within t of each other.  Stops as soon as f returns true and then returns true.
 template <class F>
 bool any_segment_pair(const Span& a, const Span& b, double t, F&& f) {
   if (a.n < 2 || b.n < 2 || !boxes_meet(a.box, b.box, t)) return false;
@@ -203,31 +374,25 @@ bool any_segment_pair(const Span& a, const Span& b, double t, F&& f) {
     }
     return false;
   }
+  const double reach = detail::boxes_reach(a.box, b.box);
+  if (!detail::has_nan(a) && !detail::has_nan(b)) {
+    const double slack = detail::chain_slack(t, reach);
+    detail::Chains ca, cb;
+    detail::chains_in(a, b.box, slack, ca);
+    detail::chains_in(b, a.box, slack, cb);
+    return detail::sweep_keys(ca.keys, cb.keys, slack, reach,
+                              [&](const detail::SegmentKey& x, const detail::SegmentKey& y) {
+                                return detail::chain_pairs(a, ca.ranges[x.index], b,
+                                                           cb.ranges[y.index], y.box, t, 0, f);
+                              });
+  }
   detail::SegmentKeys ka, kb;
   detail::sorted_segment_keys_in(a, b.box, t, ka);
   detail::sorted_segment_keys_in(b, a.box, t, kb);
-  const double reach = detail::boxes_reach(a.box, b.box);
-  if (uint64_t{ka.size()} * kb.size() > detail::kChooseAxisPairs && reach < 1e300 && t >= 0 &&
-      t < 1e300 && detail::all_finite(ka) && detail::all_finite(kb)) {
-    const detail::Axis d = detail::sweep_axis(ka, kb, t);
-    if (d != detail::Axis::kX) return detail::sweep_along(d, ka, kb, t, reach, f);
-  }
-  SmallVec<uint32_t, 32> active_a, active_b;
-  std::size_t ia = 0, ib = 0;
-  while (ia < ka.size() || ib < kb.size()) {
-    if (ib == kb.size() || (ia < ka.size() && ka[ia].box.minx <= kb[ib].box.minx)) {
-      const detail::SegmentKey& k = ka[ia];
-      auto offer = [&](const detail::SegmentKey& o) { return f(k.index, o.index); };
-      if (detail::sweep_step(k, kb, active_b, t, offer)) return true;
-      active_a.push_back(static_cast<uint32_t>(ia++));
-    } else {
-      const detail::SegmentKey& k = kb[ib];
-      auto offer = [&](const detail::SegmentKey& o) { return f(o.index, k.index); };
-      if (detail::sweep_step(k, ka, active_a, t, offer)) return true;
-      active_b.push_back(static_cast<uint32_t>(ib++));
-    }
-  }
-  return false;
+  return detail::sweep_keys(ka, kb, t, reach,
+                            [&](const detail::SegmentKey& x, const detail::SegmentKey& y) {
+                              return f(x.index, y.index);
+                            });
 }
 
 // Calls f(i, j) for the pairs of segments i < j of one run with j >= i + gap (gap >= 1) whose
@@ -246,20 +411,32 @@ bool any_segment_pair_within(const Span& a, uint32_t gap, double t, F&& f) {
     }
     return false;
   }
+  if (!detail::has_nan(a)) {
+    const double slack = detail::chain_slack(t, detail::boxes_reach(a.box, a.box));
+    const double inf = std::numeric_limits<double>::infinity();
+    detail::Chains c;
+    detail::chains_in(a, _xgWKB_BOX{-inf, -inf, inf, inf}, 0, c);
+    for (const detail::SegmentKey& k : c.keys) {
+      const detail::ChainRange& r = c.ranges[k.index];
+      if (detail::chain_pairs(a, r, a, r, k.box, t, gap, f)) return true;
+    }
+    return detail::sweep_keys_within(
+        c.keys, slack, [&](const detail::SegmentKey& k, const detail::SegmentKey& o) {
+          // The chain earlier in the run goes first, as segment i < j in the double loop.
+          const bool k_first = c.ranges[k.index].first < c.ranges[o.index].first;
+          const detail::SegmentKey& x = k_first ? k : o;
+          const detail::SegmentKey& y = k_first ? o : k;
+          return detail::chain_pairs(a, c.ranges[x.index], a, c.ranges[y.index], y.box, t, gap, f);
+        });
+  }
   detail::SegmentKeys keys;
   detail::sorted_segment_keys(a, keys);
-  SmallVec<uint32_t, 32> active;
-  for (std::size_t n = 0; n < keys.size(); ++n) {
-    const detail::SegmentKey& k = keys[n];
-    auto offer = [&](const detail::SegmentKey& o) {
-      const uint32_t i = std::min(k.index, o.index);
-      const uint32_t j = std::max(k.index, o.index);
-      return j - i >= gap && f(i, j);
-    };
-    if (detail::sweep_step(k, keys, active, t, offer)) return true;
-    active.push_back(static_cast<uint32_t>(n));
-  }
-  return false;
+  return detail::sweep_keys_within(keys, t, [&](const detail::SegmentKey& k,
+                                                const detail::SegmentKey& o) {
+    const uint32_t i = std::min(k.index, o.index);
+    const uint32_t j = std::max(k.index, o.index);
+    return j - i >= gap && f(i, j);
+  });
 }
 
 }  // namespace xg
