@@ -8,6 +8,7 @@
 #include <cstring>
 #include <random>
 #include <set>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -163,6 +164,36 @@ TEST(SegmentPairsTest, LongChainsOfferExactlyThePairsTheDoubleLoopDoes) {
       if (p.second >= p.first + 2) expected.insert(p);
     }
     EXPECT_EQ(within, expected) << trial;
+  }
+}
+
+// Shapes of many runs are paired in one sweep over all their chains: the same pairs as the
+// double loop over every pair of runs, each once.
+TEST(SegmentPairsTest, ManyRunsArePairedAsEveryPairOfRunsIs) {
+  Rng rng(29);
+  for (int trial = 0; trial < 12; ++trial) {
+    const double t = kTolerances[trial % 4];
+    std::vector<Ring> xr, yr;
+    for (int k = 0; k < 3 + trial; ++k) xr.push_back(random_run(rng, 20 + 9 * k, 60, t, true));
+    for (int k = 0; k < 2 + trial / 2; ++k) yr.push_back(chain_run(rng, k % 3, 30 + 11 * k, t));
+    yr.push_back({{kX0 + 1, kY0 + 1}});  // a lone point: no segments
+    xg::ShapeRuns xs, ys;
+    ASSERT_TRUE(xs.load(multiline(xr).data(), false));
+    ASSERT_TRUE(ys.load(multiline(yr).data(), false));
+    std::set<std::tuple<uint32_t, uint32_t, uint32_t, uint32_t>> seen, expected;
+    bool twice = false;
+    xg::any_run_segment_pair(xs, ys, t, [&](uint32_t rx, uint32_t i, uint32_t ry, uint32_t j) {
+      twice = twice || !seen.insert({rx, i, ry, j}).second;
+      return false;
+    });
+    for (uint32_t rx = 0; rx < xs.run_count(); ++rx) {
+      for (uint32_t ry = 0; ry < ys.run_count(); ++ry) {
+        if (!xg::boxes_meet(xs.run(rx).box, ys.run(ry).box, t)) continue;
+        for (const auto& p : all_pairs(xs.run(rx), ys.run(ry), t)) expected.insert({rx, p.first, ry, p.second});
+      }
+    }
+    EXPECT_FALSE(twice) << trial;
+    EXPECT_EQ(seen, expected) << trial;
   }
 }
 

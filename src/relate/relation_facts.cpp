@@ -248,25 +248,25 @@ class ContactWalk {
       }
       return false;
     };
-    for (uint32_t rx = 0; rx < xs.run_count(); ++rx) {
-      const Span& a = xs.run(rx);
-      const uint32_t base = xs.run_offset(rx);
-      for (uint32_t ry = 0; ry < ys.run_count(); ++ry) {
-        const Span& b = ys.run(ry);
-        if (b.n == 1) {  // a lone point of a degenerate member
-          for (uint32_t i = 0; i + 1 < a.n; ++i) {
-            add_point_contact(base + i, a.p[i], a.p[i + 1], b.p[0], contacts_.size());
-          }
-          if (settled()) return true;
-          continue;
+    for (uint32_t ry = 0; ry < ys.run_count(); ++ry) {
+      const Span& b = ys.run(ry);
+      if (b.n != 1) continue;  // a lone point of a degenerate member
+      for (uint32_t rx = 0; rx < xs.run_count(); ++rx) {
+        const Span& a = xs.run(rx);
+        const uint32_t base = xs.run_offset(rx);
+        for (uint32_t i = 0; i + 1 < a.n; ++i) {
+          add_point_contact(base + i, a.p[i], a.p[i + 1], b.p[0], contacts_.size());
         }
-        const bool done = any_segment_pair(a, b, t_, [&](uint32_t i, uint32_t j) {
-          add_contacts(base + i, a.p[i], a.p[i + 1], b.p[j], b.p[j + 1]);
-          return settled();
-        });
-        if (done) return true;
+        if (settled()) return true;
       }
     }
+    const bool done = any_run_segment_pair(xs, ys, t_, [&](uint32_t rx, uint32_t i, uint32_t ry, uint32_t j) {
+      const Span& a = xs.run(rx);
+      const Span& b = ys.run(ry);
+      add_contacts(xs.run_offset(rx) + i, a.p[i], a.p[i + 1], b.p[j], b.p[j + 1]);
+      return settled();
+    });
+    if (done) return true;
     std::sort(contacts_.begin(), contacts_.end(), [](const Contact& l, const Contact& r) {
       return l.seg != r.seg ? l.seg < r.seg : l.u < r.u;
     });

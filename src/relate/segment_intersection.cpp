@@ -182,20 +182,14 @@ int32_t multilines_cross(const byte* multiline_a, const byte* multiline_b, doubl
   if (!load_lines(multiline_a, a) || !load_lines(multiline_b, b)) return 0;
   // A crossing is a single meeting point inside both segments: a meeting at a segment's end
   // point (a vertex of either line) is a touch, not a crossing.
-  for (uint32_t i = 0; i < a.run_count(); ++i) {
+  return any_run_segment_pair(a, b, t, [&](uint32_t i, uint32_t p, uint32_t j, uint32_t q) {
     const Span& ra = a.run(i);
-    for (uint32_t j = 0; j < b.run_count(); ++j) {
-      const Span& rb = b.run(j);
-      const bool crossed = any_segment_pair(ra, rb, t, [&](uint32_t p, uint32_t q) {
-        _xgWKB_POINT at;
-        if (segment_meet(ra.p[p], ra.p[p + 1], rb.p[q], rb.p[q + 1], t, &at) != 1) return false;
-        return !wkb_point_equal_tol(at, ra.p[p], t) && !wkb_point_equal_tol(at, ra.p[p + 1], t) &&
-               !wkb_point_equal_tol(at, rb.p[q], t) && !wkb_point_equal_tol(at, rb.p[q + 1], t);
-      });
-      if (crossed) return 1;
-    }
-  }
-  return 0;
+    const Span& rb = b.run(j);
+    _xgWKB_POINT at;
+    if (segment_meet(ra.p[p], ra.p[p + 1], rb.p[q], rb.p[q + 1], t, &at) != 1) return false;
+    return !wkb_point_equal_tol(at, ra.p[p], t) && !wkb_point_equal_tol(at, ra.p[p + 1], t) &&
+           !wkb_point_equal_tol(at, rb.p[q], t) && !wkb_point_equal_tol(at, rb.p[q + 1], t);
+  }) ? 1 : 0;
 }
 
 }  // namespace xg

@@ -193,6 +193,7 @@ bool sweep_along(Axis d, SegmentKeys& ka, SegmentKeys& kb, double t, double reac
 // increases), and likewise y.
 struct ChainRange {
   uint32_t first, last;
+  uint32_t run;  // the run's number in its shape (0 for a lone run)
   bool x_down, y_down;
 };
 
@@ -209,9 +210,10 @@ inline bool has_nan(const Span& s) {
   return false;
 }
 
-// Cuts run s (free of NaN) into monotone chains and keeps those whose box meets `window` within
-// `slack`, sorted by their left edge.
-inline void chains_in(const Span& s, const _xgWKB_BOX& window, double slack, Chains& out) {
+// Cuts run s (free of NaN; number `run` of its shape) into monotone chains and adds those whose
+// box meets `window` within `slack` to out, unsorted.
+inline void add_chains(const Span& s, uint32_t run, const _xgWKB_BOX& window, double slack,
+                       Chains& out) {
   uint32_t i = 0;
   while (i + 1 < s.n) {
     const uint32_t first = i;
@@ -229,9 +231,14 @@ inline void chains_in(const Span& s, const _xgWKB_BOX& window, double slack, Cha
     }
     if (boxes_meet(box, window, slack)) {
       out.keys.push_back(SegmentKey{box, static_cast<uint32_t>(out.ranges.size())});
-      out.ranges.push_back(ChainRange{first, i, sx < 0, sy < 0});
+      out.ranges.push_back(ChainRange{first, i, run, sx < 0, sy < 0});
     }
   }
+}
+
+// The chains of run s near `window`, sorted by their left edge.
+inline void chains_in(const Span& s, const _xgWKB_BOX& window, double slack, Chains& out) {
+  add_chains(s, 0, window, slack, out);
   sort_segment_keys(out.keys);
 }
 
@@ -392,6 +399,46 @@ bool any_segment_pair(const Span& a, const Span& b, double t, F&& f) {
   return detail::sweep_keys(ka, kb, t, reach,
                             [&](const detail::SegmentKey& x, const detail::SegmentKey& y) {
                               return f(x.index, y.index);
+                            });
+}
+
+// Calls f(rx, i, ry, j) for segment i of run rx of xs and segment j of run ry of ys whose boxes
+// come within t of each other: the pairs any_segment_pair offers for every pair of runs, found
+// in one sweep over the chains of all runs, so that shapes of many rings are paired at the cost
+// of one ring of their size rather than of every pair of rings.  Stops as soon as f returns
+// true and then returns true.
+template <class F>
+bool any_run_segment_pair(const ShapeRuns& xs, const ShapeRuns& ys, double t, F&& f) {
+  bool nan = false;
+  for (uint32_t r = 0; r < xs.run_count() && !nan; ++r) nan = detail::has_nan(xs.run(r));
+  for (uint32_t r = 0; r < ys.run_count() && !nan; ++r) nan = detail::has_nan(ys.run(r));
+  if (nan || uint64_t{xs.run_count()} * ys.run_count() <= 4) {
+    for (uint32_t rx = 0; rx < xs.run_count(); ++rx) {
+      for (uint32_t ry = 0; ry < ys.run_count(); ++ry) {
+        const bool done = any_segment_pair(xs.run(rx), ys.run(ry), t, [&](uint32_t i, uint32_t j) {
+          return f(rx, i, ry, j);
+        });
+        if (done) return true;
+      }
+    }
+    return false;
+  }
+  const _xgWKB_BOX xbox = xs.box(), ybox = ys.box();
+  if (!boxes_meet(xbox, ybox, t)) return false;
+  const double reach = detail::boxes_reach(xbox, ybox);
+  const double slack = detail::chain_slack(t, reach);
+  detail::Chains cx, cy;
+  for (uint32_t r = 0; r < xs.run_count(); ++r) detail::add_chains(xs.run(r), r, ybox, slack, cx);
+  for (uint32_t r = 0; r < ys.run_count(); ++r) detail::add_chains(ys.run(r), r, xbox, slack, cy);
+  detail::sort_segment_keys(cx.keys);
+  detail::sort_segment_keys(cy.keys);
+  return detail::sweep_keys(cx.keys, cy.keys, slack, reach,
+                            [&](const detail::SegmentKey& x, const detail::SegmentKey& y) {
+                              const detail::ChainRange& a = cx.ranges[x.index];
+                              const detail::ChainRange& b = cy.ranges[y.index];
+                              return detail::chain_pairs(
+                                  xs.run(a.run), a, ys.run(b.run), b, y.box, t, 0,
+                                  [&](uint32_t i, uint32_t j) { return f(a.run, i, b.run, j); });
                             });
 }
 
