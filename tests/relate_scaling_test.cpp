@@ -82,15 +82,22 @@ void expect_sweep_offers_each_pair_once(const Ring& a, const Ring& b, double t, 
   EXPECT_EQ(seen, all_pairs(span(a), span(b), t)) << trial;
 }
 
-// Large runs facing each other across a diagonal gap are swept along the diagonal: the same
+// Large runs facing each other across a diagonal gap, a few spikes reaching across, are swept
+// along the diagonal: the same
 // pairs again.
 TEST(SegmentPairsTest, DiagonalSweepOffersExactlyThePairsTheDoubleLoopDoes) {
   Rng rng(17);
   for (int trial = 0; trial < 2; ++trial) {
     const double t = kTolerances[trial + 1];
     const double gap = 43.5;  // apart, boxes overlapping in a corner; the gap along x + y or x - y
-    const Ring a = star_ring(rng, {kX0, kY0}, 24, 30, 15000);
-    const Ring b = star_ring(rng, {kX0 + gap, kY0 + (trial % 2 ? gap : -gap)}, 24, 30, 15000);
+    Ring a = star_ring(rng, {kX0, kY0}, 24, 30, 18000);
+    const double dy = trial % 2 ? gap : -gap;
+    const Ring b = star_ring(rng, {kX0 + gap, kY0 + dy}, 24, 30, 18000);
+    // Three long spikes of a reach across the gap into b, so that some pairs do meet.
+    const std::size_t toward = (trial % 2 ? 1 : 7) * a.size() / 8;
+    for (std::size_t k = toward - 200; k <= toward + 200; k += 200) {
+      a[k] = {kX0 + gap - 5 + uniform(rng, 0, 10), kY0 + dy - 5 + uniform(rng, 0, 10)};
+    }
     expect_sweep_offers_each_pair_once(a, b, t, trial);
   }
 }

@@ -26,9 +26,13 @@ namespace detail {
 // Below this many candidate pairs the double loop beats sorting.
 constexpr uint64_t kSweepPairs = 1024;
 
+// A segment, or a monotone chain of segments (see for_each_chain), with its box.
 struct SegmentKey {
   _xgWKB_BOX box;
-  uint32_t index;  // segment index in its run
+  uint32_t index;  // the segment's number in its run, or the chain's first segment
+  uint32_t last;   // a chain: one past its last segment
+  uint32_t run;    // a chain: its run's number in its shape (0 for a lone run)
+  bool x_down, y_down;  // a chain: x (y) never increases along it, else it never decreases
 };
 
 using SegmentKeys = SmallVec<SegmentKey, 64>;
@@ -41,7 +45,7 @@ inline void sort_segment_keys(SegmentKeys& keys) {
 // The boxes of a run's segments, sorted by their left edge.
 inline void sorted_segment_keys(const Span& s, SegmentKeys& keys) {
   keys.reserve(s.segments());
-  for (uint32_t i = 0; i + 1 < s.n; ++i) keys.push_back(SegmentKey{segment_box(s.p[i], s.p[i + 1]), i});
+  for (uint32_t i = 0; i + 1 < s.n; ++i) keys.push_back(SegmentKey{segment_box(s.p[i], s.p[i + 1]), i, 0, 0, false, false});
   sort_segment_keys(keys);
 }
 
@@ -53,7 +57,7 @@ inline void sorted_segment_keys_in(const Span& s, const _xgWKB_BOX& window, doub
                                    SegmentKeys& keys) {
   for (uint32_t i = 0; i + 1 < s.n; ++i) {
     const _xgWKB_BOX box = segment_box(s.p[i], s.p[i + 1]);
-    if (boxes_meet(box, window, t)) keys.push_back(SegmentKey{box, i});
+    if (boxes_meet(box, window, t)) keys.push_back(SegmentKey{box, i, 0, 0, false, false});
   }
   sort_segment_keys(keys);
 }
@@ -146,7 +150,8 @@ inline bool all_finite(const SegmentKeys& keys) {
   return true;
 }
 
-// The sweep of any_segment_pair along another direction than x: keys sorted by their low end
+// The sweep of sweep_keys along another direction than x (f receives the two keys, the one of
+// ka first): keys sorted by their low end
 // along it; a key is offered the other side's active keys whose boxes meet its own.  The slack
 // covers t along x and y (2t along a diagonal) and the rounding of the sums, so that no pair of
 // boxes that meet is passed over.
@@ -176,11 +181,11 @@ bool sweep_along(Axis d, SegmentKeys& ka, SegmentKeys& kb, double t, double reac
   while (ia < ka.size() || ib < kb.size()) {
     if (ib == kb.size() || (ia < ka.size() && axis_lo(ka[ia].box, d) <= axis_lo(kb[ib].box, d))) {
       const SegmentKey& k = ka[ia];
-      if (step(k, kb, active_b, [&](const SegmentKey& o) { return f(k.index, o.index); })) return true;
+      if (step(k, kb, active_b, [&](const SegmentKey& o) { return f(k, o); })) return true;
       active_a.push_back(static_cast<uint32_t>(ia++));
     } else {
       const SegmentKey& k = kb[ib];
-      if (step(k, ka, active_a, [&](const SegmentKey& o) { return f(o.index, k.index); })) return true;
+      if (step(k, ka, active_a, [&](const SegmentKey& o) { return f(o, k); })) return true;
       active_b.push_back(static_cast<uint32_t>(ib++));
     }
   }
@@ -189,20 +194,6 @@ bool sweep_along(Axis d, SegmentKeys& ka, SegmentKeys& kb, double t, double reac
 
 // ---- monotone chains ----------------------------------------------------------------------
 
-// Segments [first, last) of a run along which x never decreases (or, with x_down, never
-// increases), and likewise y.
-struct ChainRange {
-  uint32_t first, last;
-  uint32_t run;  // the run's number in its shape (0 for a lone run)
-  bool x_down, y_down;
-};
-
-// The chains of a run near a window, as keys (box and the chain's place in `ranges`).
-struct Chains {
-  SegmentKeys keys;
-  SmallVec<ChainRange, 32> ranges;
-};
-
 inline bool has_nan(const Span& s) {
   for (uint32_t i = 0; i < s.n; ++i) {
     if (s.p[i].x != s.p[i].x || s.p[i].y != s.p[i].y) return true;
@@ -210,10 +201,10 @@ inline bool has_nan(const Span& s) {
   return false;
 }
 
-// Cuts run s (free of NaN; number `run` of its shape) into monotone chains and adds those whose
-// box meets `window` within `slack` to out, unsorted.
-inline void add_chains(const Span& s, uint32_t run, const _xgWKB_BOX& window, double slack,
-                       Chains& out) {
+// Calls f(first, last, box, x_down, y_down) for each monotone chain of run s (free of NaN), in
+// order: segments [first, last) along which neither x nor y turns back.
+template <class F>
+void for_each_chain(const Span& s, F&& f) {
   uint32_t i = 0;
   while (i + 1 < s.n) {
     const uint32_t first = i;
@@ -229,17 +220,33 @@ inline void add_chains(const Span& s, uint32_t run, const _xgWKB_BOX& window, do
       if (sy == 0) sy = ey;
       box_add(&box, s.p[i + 1]);
     }
-    if (boxes_meet(box, window, slack)) {
-      out.keys.push_back(SegmentKey{box, static_cast<uint32_t>(out.ranges.size())});
-      out.ranges.push_back(ChainRange{first, i, run, sx < 0, sy < 0});
-    }
+    f(first, i, box, sx < 0, sy < 0);
   }
 }
 
+// Adds the chains of run s (free of NaN; number `run` of its shape) whose box meets `window`
+// within `slack` to out, unsorted.  A large run's chains are counted first, so that the keys,
+// the larger part of the pairing's memory, are allocated once at their size.
+inline void add_chains(const Span& s, uint32_t run, const _xgWKB_BOX& window, double slack,
+                       SegmentKeys& out) {
+  if (s.n > 4096) {
+    std::size_t count = 0;
+    for_each_chain(s, [&](uint32_t, uint32_t, const _xgWKB_BOX& box, bool, bool) {
+      count += boxes_meet(box, window, slack);
+    });
+    out.reserve(out.size() + count);
+  }
+  for_each_chain(s, [&](uint32_t first, uint32_t last, const _xgWKB_BOX& box, bool x_down,
+                        bool y_down) {
+    if (!boxes_meet(box, window, slack)) return;
+    out.push_back(SegmentKey{box, first, last, run, x_down, y_down});
+  });
+}
+
 // The chains of run s near `window`, sorted by their left edge.
-inline void chains_in(const Span& s, const _xgWKB_BOX& window, double slack, Chains& out) {
+inline void chains_in(const Span& s, const _xgWKB_BOX& window, double slack, SegmentKeys& out) {
   add_chains(s, 0, window, slack, out);
-  sort_segment_keys(out.keys);
+  sort_segment_keys(out);
 }
 
 // One axis of a chain: the low and high ends of segment j's box along it, both monotone in j
@@ -263,7 +270,7 @@ struct ChainAxis {
 // differently, and each caller keeps the order of the plain double loop).  The result is one
 // stretch: along a chain the segments' boxes are ordered on both axes, so each of the four
 // comparisons of the box test holds on a prefix or on a suffix of the chain.
-inline void narrow(const Span& s, const ChainRange& c, const _xgWKB_BOX& w, double t,
+inline void narrow(const Span& s, const SegmentKey& c, const _xgWKB_BOX& w, double t,
                    bool seg_first, uint32_t* from, uint32_t* to) {
   for (int axis = 0; axis < 2 && *from < *to; ++axis) {
     const ChainAxis ax{s.p, axis == 1, axis == 1 ? c.y_down : c.x_down};
@@ -298,14 +305,14 @@ inline void narrow(const Span& s, const ChainRange& c, const _xgWKB_BOX& w, doub
 // boxes meet within t (segment i's box first, as in the double loop), restricted to
 // j >= i + gap when gap > 0 (a and b the same run, ca not after cb).  Stops when f returns true.
 template <class F>
-bool chain_pairs(const Span& a, const ChainRange& ca, const Span& b, const ChainRange& cb,
-                 const _xgWKB_BOX& box_b, double t, uint32_t gap, F&& f) {
+bool chain_pairs(const Span& a, const SegmentKey& ca, const Span& b, const SegmentKey& cb,
+                 double t, uint32_t gap, F&& f) {
   // Only segments of ca that meet cb's box can meet one of its segments.
-  uint32_t from = ca.first, to = ca.last;
-  narrow(a, ca, box_b, t, true, &from, &to);
+  uint32_t from = ca.index, to = ca.last;
+  narrow(a, ca, cb.box, t, true, &from, &to);
   for (uint32_t i = from; i < to; ++i) {
     const _xgWKB_BOX sa = segment_box(a.p[i], a.p[i + 1]);
-    uint32_t jf = cb.first, jt = cb.last;
+    uint32_t jf = cb.index, jt = cb.last;
     if (gap > 0 && jf < i + gap) jf = i + gap;
     if (jf >= jt) continue;
     narrow(b, cb, sa, t, false, &jf, &jt);
@@ -325,7 +332,7 @@ bool sweep_keys(SegmentKeys& ka, SegmentKeys& kb, double t, double reach, G&& g)
       t < 1e300 && all_finite(ka) && all_finite(kb)) {
     const Axis d = sweep_axis(ka, kb, t);
     if (d != Axis::kX) {
-      return sweep_along(d, ka, kb, t, reach, [&](uint32_t x, uint32_t y) { return g(ka[x], kb[y]); });
+      return sweep_along(d, ka, kb, t, reach, g);
     }
   }
   SmallVec<uint32_t, 32> active_a, active_b;
@@ -384,13 +391,12 @@ bool any_segment_pair(const Span& a, const Span& b, double t, F&& f) {
   const double reach = detail::boxes_reach(a.box, b.box);
   if (!detail::has_nan(a) && !detail::has_nan(b)) {
     const double slack = detail::chain_slack(t, reach);
-    detail::Chains ca, cb;
+    detail::SegmentKeys ca, cb;
     detail::chains_in(a, b.box, slack, ca);
     detail::chains_in(b, a.box, slack, cb);
-    return detail::sweep_keys(ca.keys, cb.keys, slack, reach,
+    return detail::sweep_keys(ca, cb, slack, reach,
                               [&](const detail::SegmentKey& x, const detail::SegmentKey& y) {
-                                return detail::chain_pairs(a, ca.ranges[x.index], b,
-                                                           cb.ranges[y.index], y.box, t, 0, f);
+                                return detail::chain_pairs(a, x, b, y, t, 0, f);
                               });
   }
   detail::SegmentKeys ka, kb;
@@ -427,17 +433,15 @@ bool any_run_segment_pair(const ShapeRuns& xs, const ShapeRuns& ys, double t, F&
   if (!boxes_meet(xbox, ybox, t)) return false;
   const double reach = detail::boxes_reach(xbox, ybox);
   const double slack = detail::chain_slack(t, reach);
-  detail::Chains cx, cy;
+  detail::SegmentKeys cx, cy;
   for (uint32_t r = 0; r < xs.run_count(); ++r) detail::add_chains(xs.run(r), r, ybox, slack, cx);
   for (uint32_t r = 0; r < ys.run_count(); ++r) detail::add_chains(ys.run(r), r, xbox, slack, cy);
-  detail::sort_segment_keys(cx.keys);
-  detail::sort_segment_keys(cy.keys);
-  return detail::sweep_keys(cx.keys, cy.keys, slack, reach,
-                            [&](const detail::SegmentKey& x, const detail::SegmentKey& y) {
-                              const detail::ChainRange& a = cx.ranges[x.index];
-                              const detail::ChainRange& b = cy.ranges[y.index];
+  detail::sort_segment_keys(cx);
+  detail::sort_segment_keys(cy);
+  return detail::sweep_keys(cx, cy, slack, reach,
+                            [&](const detail::SegmentKey& a, const detail::SegmentKey& b) {
                               return detail::chain_pairs(
-                                  xs.run(a.run), a, ys.run(b.run), b, y.box, t, 0,
+                                  xs.run(a.run), a, ys.run(b.run), b, t, 0,
                                   [&](uint32_t i, uint32_t j) { return f(a.run, i, b.run, j); });
                             });
 }
@@ -461,19 +465,16 @@ bool any_segment_pair_within(const Span& a, uint32_t gap, double t, F&& f) {
   if (!detail::has_nan(a)) {
     const double slack = detail::chain_slack(t, detail::boxes_reach(a.box, a.box));
     const double inf = std::numeric_limits<double>::infinity();
-    detail::Chains c;
+    detail::SegmentKeys c;
     detail::chains_in(a, _xgWKB_BOX{-inf, -inf, inf, inf}, 0, c);
-    for (const detail::SegmentKey& k : c.keys) {
-      const detail::ChainRange& r = c.ranges[k.index];
-      if (detail::chain_pairs(a, r, a, r, k.box, t, gap, f)) return true;
+    for (const detail::SegmentKey& k : c) {
+      if (detail::chain_pairs(a, k, a, k, t, gap, f)) return true;
     }
     return detail::sweep_keys_within(
-        c.keys, slack, [&](const detail::SegmentKey& k, const detail::SegmentKey& o) {
+        c, slack, [&](const detail::SegmentKey& k, const detail::SegmentKey& o) {
           // The chain earlier in the run goes first, as segment i < j in the double loop.
-          const bool k_first = c.ranges[k.index].first < c.ranges[o.index].first;
-          const detail::SegmentKey& x = k_first ? k : o;
-          const detail::SegmentKey& y = k_first ? o : k;
-          return detail::chain_pairs(a, c.ranges[x.index], a, c.ranges[y.index], y.box, t, gap, f);
+          return k.index < o.index ? detail::chain_pairs(a, k, a, o, t, gap, f)
+                                   : detail::chain_pairs(a, o, a, k, t, gap, f);
         });
   }
   detail::SegmentKeys keys;

@@ -3,14 +3,19 @@
 //
 // The relation code unpacks coordinates and collects contact parameters on every call; most
 // shapes are small, so keeping the first N values inline spares the heap on the common path.
-// Past N the values move to a std::vector (which may throw std::bad_alloc: exports run their
-// bodies inside xg::guarded_value).
+// Past N the values move to a heap block that grows by realloc, so that a large vector grows
+// without a second copy of itself (realloc of a large block remaps its pages) and without
+// zeroing what it has not written yet.  Running out of memory throws std::bad_alloc (exports
+// run their bodies inside xg::guarded_value).
 #ifndef XGGEO_RELATE_SMALL_VEC_H
 #define XGGEO_RELATE_SMALL_VEC_H
 
 #include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <new>
 #include <type_traits>
-#include <vector>
 
 namespace xg {
 
@@ -20,13 +25,14 @@ class SmallVec {
 
  public:
   SmallVec() = default;
+  ~SmallVec() { std::free(heap_); }
   SmallVec(const SmallVec&) = delete;
   SmallVec& operator=(const SmallVec&) = delete;
 
   std::size_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
-  T* data() { return heap_.empty() ? inline_ : heap_.data(); }
-  const T* data() const { return heap_.empty() ? inline_ : heap_.data(); }
+  T* data() { return heap_ ? heap_ : inline_; }
+  const T* data() const { return heap_ ? heap_ : inline_; }
   T& operator[](std::size_t i) { return data()[i]; }
   const T& operator[](std::size_t i) const { return data()[i]; }
   T* begin() { return data(); }
@@ -38,10 +44,12 @@ class SmallVec {
   // Makes room for n values; pointers into the vector stay valid while size() <= n.
   void reserve(std::size_t n) {
     if (n <= capacity()) return;
-    std::vector<T> grown(n);
-    const T* from = data();
-    for (std::size_t i = 0; i < size_; ++i) grown[i] = from[i];
-    heap_.swap(grown);
+    if (n > SIZE_MAX / sizeof(T)) throw std::bad_alloc();
+    void* grown = heap_ ? std::realloc(heap_, n * sizeof(T)) : std::malloc(n * sizeof(T));
+    if (grown == nullptr) throw std::bad_alloc();  // a failed realloc leaves heap_ as it was
+    if (heap_ == nullptr && size_ > 0) std::memcpy(grown, inline_, size_ * sizeof(T));
+    heap_ = static_cast<T*>(grown);
+    capacity_ = n;
   }
 
   void push_back(T v) {  // by value: v may be one of our own elements
@@ -55,10 +63,11 @@ class SmallVec {
   void truncate(std::size_t n) { size_ = n; }
 
  private:
-  std::size_t capacity() const { return heap_.empty() ? N : heap_.size(); }
+  std::size_t capacity() const { return heap_ ? capacity_ : N; }
 
   T inline_[N];
-  std::vector<T> heap_;
+  T* heap_ = nullptr;
+  std::size_t capacity_ = 0;
   std::size_t size_ = 0;
 };
 
