@@ -83,8 +83,7 @@ void expect_sweep_offers_each_pair_once(const Ring& a, const Ring& b, double t, 
 }
 
 // Large runs facing each other across a diagonal gap, a few spikes reaching across, are swept
-// along the diagonal: the same
-// pairs again.
+// along the diagonal: the same pairs again.
 TEST(SegmentPairsTest, DiagonalSweepOffersExactlyThePairsTheDoubleLoopDoes) {
   Rng rng(17);
   for (int trial = 0; trial < 2; ++trial) {
