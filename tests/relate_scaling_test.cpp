@@ -82,6 +82,22 @@ void expect_sweep_offers_each_pair_once(const Ring& a, const Ring& b, double t, 
   EXPECT_EQ(seen, all_pairs(span(a), span(b), t)) << trial;
 }
 
+// Pairs of one run's segments at least two apart: those of the double loop, each once.
+void expect_pairs_within_as_double_loop(const Ring& a, double t, int trial) {
+  Pairs within;
+  bool twice = false;
+  xg::any_segment_pair_within(span(a), 2, t, [&](uint32_t i, uint32_t j) {
+    twice = twice || !within.insert({i, j}).second;
+    return false;
+  });
+  Pairs expected;
+  for (const auto& p : all_pairs(span(a), span(a), t)) {
+    if (p.second >= p.first + 2) expected.insert(p);
+  }
+  EXPECT_FALSE(twice) << trial;
+  EXPECT_EQ(within, expected) << trial;
+}
+
 // Large runs facing each other across a diagonal gap, a few spikes reaching across, are swept
 // along the diagonal: the same pairs again.
 TEST(SegmentPairsTest, DiagonalSweepOffersExactlyThePairsTheDoubleLoopDoes) {
@@ -112,17 +128,7 @@ TEST(SegmentPairsTest, SweepOffersExactlyThePairsTheDoubleLoopDoes) {
     const double shift = (trial % 5) * 15.0;
     for (auto& p : b) p.x += shift;
     expect_sweep_offers_each_pair_once(a, b, t, trial);
-
-    Pairs within;
-    xg::any_segment_pair_within(span(a), 2, t, [&](uint32_t i, uint32_t j) {
-      within.insert({i, j});
-      return false;
-    });
-    Pairs expected;
-    for (const auto& p : all_pairs(span(a), span(a), t)) {
-      if (p.second >= p.first + 2) expected.insert(p);
-    }
-    EXPECT_EQ(within, expected) << trial;
+    expect_pairs_within_as_double_loop(a, t, trial);
   }
 }
 
@@ -159,17 +165,7 @@ TEST(SegmentPairsTest, LongChainsOfferExactlyThePairsTheDoubleLoopDoes) {
     const double t = tolerances[trial % 5];
     const Ring a = chain_run(rng, trial % 3, 400 + trial * 7, t);
     const Ring b = chain_run(rng, (trial / 3) % 3, 300 + trial * 5, t);
-    expect_sweep_offers_each_pair_once(a, b, t, trial);
-    Pairs within;
-    xg::any_segment_pair_within(span(a), 2, t, [&](uint32_t i, uint32_t j) {
-      within.insert({i, j});
-      return false;
-    });
-    Pairs expected;
-    for (const auto& p : all_pairs(span(a), span(a), t)) {
-      if (p.second >= p.first + 2) expected.insert(p);
-    }
-    EXPECT_EQ(within, expected) << trial;
+    expect_sweep_offers_each_pair_once(a, b, t, trial);    expect_pairs_within_as_double_loop(a, t, trial);
   }
 }
 
