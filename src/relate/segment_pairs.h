@@ -301,12 +301,27 @@ inline void narrow(const Span& s, const SegmentKey& c, const _xgWKB_BOX& w, doub
   }
 }
 
+// Below this many pairs of segments two chains are paired by a double loop.
+constexpr uint64_t kPlainChainPairs = 16;
+
 // Calls f(i, j) for segment i of chain ca of run a and segment j of chain cb of run b whose
 // boxes meet within t (segment i's box first, as in the double loop), restricted to
 // j >= i + gap when gap > 0 (a and b the same run, ca not after cb).  Stops when f returns true.
 template <class F>
 bool chain_pairs(const Span& a, const SegmentKey& ca, const Span& b, const SegmentKey& cb,
                  double t, uint32_t gap, F&& f) {
+  if (uint64_t{ca.last - ca.index} * (cb.last - cb.index) <= kPlainChainPairs) {
+    // Short chains (spiky outlines are cut into chains of one or two segments): the box tests
+    // cost less than the searches.
+    for (uint32_t i = ca.index; i < ca.last; ++i) {
+      const _xgWKB_BOX sa = segment_box(a.p[i], a.p[i + 1]);
+      if (!boxes_meet(sa, cb.box, t)) continue;
+      for (uint32_t j = gap > 0 && cb.index < i + gap ? i + gap : cb.index; j < cb.last; ++j) {
+        if (boxes_meet(sa, segment_box(b.p[j], b.p[j + 1]), t) && f(i, j)) return true;
+      }
+    }
+    return false;
+  }
   // Only segments of ca that meet cb's box can meet one of its segments.
   uint32_t from = ca.index, to = ca.last;
   narrow(a, ca, cb.box, t, true, &from, &to);
