@@ -10,6 +10,8 @@
 // A ring carrying an edge index (ring_index.h) is searched through it; the answers are those of
 // the plain walks.
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "relate/planar.h"
 #include "relate/ring_index.h"
@@ -271,7 +273,37 @@ int32_t ring_overlaps_ring(const byte* ring_a, const byte* ring_b, double t) {
   return ring_overlaps_ring(load_run(ring_a, buf_a), load_run(ring_b, buf_b), t);
 }
 
+int32_t run_disjoint_from_ring(const Span& run, const Span& ring, double t) {
+  if (run.n < 2 || ring.n < 2 || !(t >= 0) || ring.index == nullptr || !ring.index->ready(t)) {
+    return runs_disjoint(run, ring, t);
+  }
+  for (uint32_t i = 0; i < run.n; ++i) {
+    if (!indexable(run.p[i])) return runs_disjoint(run, ring, t);
+  }
+  if (wkb_boxes_disjoint_tol(run.box, ring.box, t)) return 1;
+  // runs_disjoint asks whether some pair of segments meets; segment_meet answers 0 for every
+  // pair whose boxes are apart by more than t, and the index offers every edge whose box comes
+  // within t of the segment's.  The segments are passed in the order runs_disjoint passes them.
+  for (uint32_t i = 0; i + 1 < run.n; ++i) {
+    const _xgWKB_POINT& a = run.p[i];
+    const _xgWKB_POINT& b = run.p[i + 1];
+    const _xgWKB_BOX box = segment_box(a, b);
+    if (!boxes_meet(box, ring.box, t)) continue;
+    const bool meet = ring.index->edges_near(box, t, [&](uint32_t j) {
+      return segment_meet(a, b, ring.p[j], ring.p[j + 1], t, nullptr) != 0;
+    });
+    if (meet) return 0;
+  }
+  return 1;
+}
+
 namespace {
+
+// Points outside this box lie on no vertex and no edge of the run: the run's box grown by the
+// largest touch_margin of its edges (see reach_box), when the run holds no NaN and its
+// coordinates are small enough (below 1e9) that the rounding of the grown box cannot bring a
+// point outside it within t of a vertex.  Otherwise an infinite box, which rules nothing out.
+_xgWKB_BOX locate_window(const Span& run, double t);
 
 // The two closed lines a and b meet in exactly one point.  Only vertices are examined: edges
 // crossing each other away from any vertex are no contact here.
@@ -280,11 +312,14 @@ int32_t closed_lines_touch(const Span& line_a, const Span& line_b, double t) {
   const IndexedSpan indexed_b(line_b, t);
   const Span& a = indexed_a.span();
   const Span& b = indexed_b.span();
+  // Vertices outside the other line's window locate nowhere on it and are passed over.
+  const _xgWKB_BOX window_a = locate_window(a, t);
+  const _xgWKB_BOX window_b = locate_window(b, t);
   // Step 1: vertices of a (closing point left out) lying on b; at most one may.
   bool found = false;
   _xgWKB_POINT contact{};
   for (uint32_t i = 0; i + 1 < a.n; ++i) {
-    if (locate_on_run(a.p[i], b, t) == 0) continue;
+    if (outside_box(a.p[i], window_b, 0) || locate_on_run(a.p[i], b, t) == 0) continue;
     if (found) return 0;
     found = true;
     contact = a.p[i];
@@ -292,7 +327,7 @@ int32_t closed_lines_touch(const Span& line_a, const Span& line_b, double t) {
   // Step 2: vertices of b lying on a must all be that same contact; with none found in step 1,
   // at most one may.
   for (uint32_t i = 0; i + 1 < b.n; ++i) {
-    if (locate_on_run(b.p[i], a, t) == 0) continue;
+    if (outside_box(b.p[i], window_a, 0) || locate_on_run(b.p[i], a, t) == 0) continue;
     if (found) {
       if (!wkb_point_equal_tol(b.p[i], contact, t)) return 0;
     } else {
@@ -315,12 +350,27 @@ _xgWKB_BOX reach_box(const Span& run, double t) {
   return _xgWKB_BOX{run.box.minx - g, run.box.miny - g, run.box.maxx + g, run.box.maxy + g};
 }
 
+_xgWKB_BOX locate_window(const Span& run, double t) {
+  const double inf = std::numeric_limits<double>::infinity();
+  const _xgWKB_BOX all{-inf, -inf, inf, inf};
+  if (!(t >= 0 && t < 1)) return all;
+  for (uint32_t i = 0; i < run.n; ++i) {
+    const _xgWKB_POINT& p = run.p[i];
+    if (!(std::fabs(p.x) < 1e9 && std::fabs(p.y) < 1e9)) return all;  // NaN fails as well
+  }
+  // A vertex v counts as p when |p.x - v.x| < t; outside the window p.x lies more than the
+  // margin (t + 0.0001 at least) from v.x, less the rounding of the grown box (below 1e-7).
+  return reach_box(run, t);
+}
+
 // The box of `of` lies wholly outside `reach`.
 bool box_outside(const _xgWKB_BOX& of, const _xgWKB_BOX& reach) {
   return of.maxx < reach.minx || of.minx > reach.maxx || of.maxy < reach.miny || of.miny > reach.maxy;
 }
 
 }  // namespace
+
+_xgWKB_BOX ring_reach_box(const Span& run, double t) { return reach_box(run, t); }
 
 int32_t lines_touch(const Span& a, const Span& b, double t) {
   if (!run_is_closed(a, t) || !run_is_closed(b, t)) return 0;
