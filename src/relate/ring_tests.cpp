@@ -177,6 +177,64 @@ int32_t leaves_located(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span&
   return some_stretch_is(a, b, ring, t, 0) ? 1 : 0;
 }
 
+// Consecutive segments of a run are taken in chunks of this many when a chunk's box can be shown
+// to lie clear of an indexed ring's edges (see ClearChunks).
+constexpr uint32_t kChunkSegments = 32;
+
+// Splits a run into chunks of consecutive segments and tells, for each, whether its box lies
+// clear of the indexed ring's edges: the index offers no edge within `margin` of the box, where
+// margin covers at once
+//  - t, so that no segment of the chunk has its box within t of an edge's;
+//  - the margin of the segment tests (RingIndex::segment_margin, computed for the box's corners,
+//    which bounds that of every segment inside it), so that the crossing test of each of its
+//    segments is answered through the index and is offered no edge: it answers no;
+//  - the reach of the point locator (RingIndex::reach_for), so that no vertex of the chunk lies
+//    on an edge, and every edge whose y-range holds a vertex's y lies wholly left or right of the
+//    box, beyond the reach where rounding could misjudge the side of its crossing.
+// In the last case every vertex of the chunk has the same relation to the ring, 0 or 1, when the
+// ring is closed exactly (last point equal to the first): the edges met by the horizontal band
+// of the box form, right of it, pieces of the ring that enter and leave the band through its top
+// or bottom, so the parity of those crossing the horizontal through a vertex, right of it, does
+// not change within the band.
+class ClearChunks {
+ public:
+  // with_points: also require what the point locator needs (reach, exact closing).
+  ClearChunks(const Span& run, const Span& ring, double t, bool with_points)
+      : run_(run), ring_(ring), t_(t), with_points_(with_points) {
+    usable_ = run.n >= 2 && t > 0 && ring.index != nullptr &&
+              (!with_points || (ring.n >= 2 && ring.p[0].x == ring.p[ring.n - 1].x &&
+                                ring.p[0].y == ring.p[ring.n - 1].y));
+  }
+
+  // The chunk of segments [first, first + kChunkSegments), cut at the run's end, lies clear.
+  bool clear(uint32_t first) const {
+    if (!usable_ || !ring_.index->ready(t_)) return false;  // built after a few calls
+    const uint32_t last = std::min(first + kChunkSegments, run_.n - 1);  // its last vertex
+    _xgWKB_BOX box = empty_box();
+    for (uint32_t i = first; i <= last; ++i) {
+      if (!indexable(run_.p[i])) return false;
+      box_add(&box, run_.p[i]);
+    }
+    double margin = t_;
+    if (with_points_) {
+      const _xgWKB_POINT lo{box.minx, box.miny};
+      const _xgWKB_POINT hi{box.maxx, box.maxy};
+      double segments = 0;
+      if (!ring_.index->segment_margin(lo, hi, t_, &segments)) return false;
+      const double x = std::fmax(std::fabs(box.minx), std::fabs(box.maxx));
+      margin = std::fmax(margin, std::fmax(segments, ring_.index->reach_for(x)));
+    }
+    return !ring_.index->edges_near(box, margin, [](uint32_t) { return true; });
+  }
+
+ private:
+  const Span& run_;
+  const Span& ring_;
+  double t_;
+  bool with_points_;
+  bool usable_ = false;
+};
+
 // Vertex relations to one ring, each computed once for the two segments that share the vertex.
 class VertexRelations {
  public:
@@ -223,12 +281,21 @@ int32_t ring_inside_ring(const Span& ring_a, const Span& ring_b, double t) {
   const IndexedSpan indexed(ring_b, t);
   const Span& ring = indexed.span();
   VertexRelations located(ring, t);
-  for (uint32_t i = 0; i + 1 < ring_a.n; ++i) {
-    const _xgWKB_POINT& a = ring_a.p[i];
-    const _xgWKB_POINT& b = ring_a.p[i + 1];
-    if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) return 0;
-    const int32_t ra = located.at(ring_a, i);
-    if (leaves_located(a, b, ring, t, ra, located.at(ring_a, i + 1))) return 0;
+  const ClearChunks chunks(ring_a, ring, t, true);
+  for (uint32_t first = 0; first + 1 < ring_a.n; first += kChunkSegments) {
+    const uint32_t end = std::min(first + kChunkSegments, ring_a.n - 1);
+    // In a clear chunk all vertices share the first one's relation, 0 or 1, and no segment
+    // crosses the ring: each segment leaves when it is 0 and stays when it is 1.
+    const int32_t shared = chunks.clear(first) ? located.at(ring_a, first) : 2;
+    if (shared == 0) return 0;
+    for (uint32_t i = first; i < end; ++i) {
+      const _xgWKB_POINT& a = ring_a.p[i];
+      const _xgWKB_POINT& b = ring_a.p[i + 1];
+      if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) return 0;
+      if (shared == 1) continue;
+      const int32_t ra = located.at(ring_a, i);
+      if (leaves_located(a, b, ring, t, ra, located.at(ring_a, i + 1))) return 0;
+    }
   }
   return 1;
 }
@@ -283,8 +350,14 @@ int32_t run_disjoint_from_ring(const Span& run, const Span& ring, double t) {
   if (wkb_boxes_disjoint_tol(run.box, ring.box, t)) return 1;
   // runs_disjoint asks whether some pair of segments meets; segment_meet answers 0 for every
   // pair whose boxes are apart by more than t, and the index offers every edge whose box comes
-  // within t of the segment's.  The segments are passed in the order runs_disjoint passes them.
+  // within t of the segment's (none for a chunk of segments clear of the ring).  The segments
+  // are passed in the order runs_disjoint passes them.
+  const ClearChunks chunks(run, ring, t, false);
   for (uint32_t i = 0; i + 1 < run.n; ++i) {
+    if (i % kChunkSegments == 0 && chunks.clear(i)) {
+      i += kChunkSegments - 1;
+      continue;
+    }
     const _xgWKB_POINT& a = run.p[i];
     const _xgWKB_POINT& b = run.p[i + 1];
     const _xgWKB_BOX box = segment_box(a, b);
