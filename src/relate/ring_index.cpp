@@ -76,8 +76,11 @@ bool RingIndex::build() const {
       const double maxy = a.y < b.y ? b.y : a.y;
       Edge& e = tb.edges[j];
       e = Edge{miny - g, maxy + g, a.x < b.x ? a.x : b.x, a.x < b.x ? b.x : a.x};
-      all = _xgWKB_BOX{std::fmin(all.minx, e.minx), std::fmin(all.miny, e.lo),
-                       std::fmax(all.maxx, e.maxx), std::fmax(all.maxy, e.hi)};
+      // Plain comparisons: the points are finite (indexable), so no NaN reaches them.
+      if (e.minx < all.minx) all.minx = e.minx;
+      if (e.lo < all.miny) all.miny = e.lo;
+      if (e.maxx > all.maxx) all.maxx = e.maxx;
+      if (e.hi > all.maxy) all.maxy = e.hi;
       height += e.hi - e.lo;
     }
     // Bands tall enough that an edge spans about three on the whole (at most one per two

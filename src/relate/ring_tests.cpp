@@ -207,9 +207,17 @@ class ClearChunks {
   }
 
   // The chunk of segments [first, first + kChunkSegments), cut at the run's end, lies clear.
-  bool clear(uint32_t first) const {
+  // The whole run is tried first (once the index is built): when it lies clear, so does every
+  // chunk, since a box inside a clear box, with a margin no larger, is offered no edge either.
+  bool clear(uint32_t first) {
     if (!usable_ || !ring_.index->ready(t_)) return false;  // built after a few calls
-    const uint32_t last = std::min(first + kChunkSegments, run_.n - 1);  // its last vertex
+    if (whole_ == 0) whole_ = clear_between(0, run_.n - 1) ? 1 : -1;
+    return whole_ > 0 || clear_between(first, std::min(first + kChunkSegments, run_.n - 1));
+  }
+
+ private:
+  // The points first..last lie clear.
+  bool clear_between(uint32_t first, uint32_t last) const {
     _xgWKB_BOX box = empty_box();
     for (uint32_t i = first; i <= last; ++i) {
       if (!indexable(run_.p[i])) return false;
@@ -227,12 +235,12 @@ class ClearChunks {
     return !ring_.index->edges_near(box, margin, [](uint32_t) { return true; });
   }
 
- private:
   const Span& run_;
   const Span& ring_;
   double t_;
   bool with_points_;
   bool usable_ = false;
+  int whole_ = 0;  // the whole run lies clear: 1, not: -1, not yet tried: 0
 };
 
 // Vertex relations to one ring, each computed once for the two segments that share the vertex.
@@ -281,7 +289,7 @@ int32_t ring_inside_ring(const Span& ring_a, const Span& ring_b, double t) {
   const IndexedSpan indexed(ring_b, t);
   const Span& ring = indexed.span();
   VertexRelations located(ring, t);
-  const ClearChunks chunks(ring_a, ring, t, true);
+  ClearChunks chunks(ring_a, ring, t, true);
   for (uint32_t first = 0; first + 1 < ring_a.n; first += kChunkSegments) {
     const uint32_t end = std::min(first + kChunkSegments, ring_a.n - 1);
     // In a clear chunk all vertices share the first one's relation, 0 or 1, and no segment
@@ -352,7 +360,7 @@ int32_t run_disjoint_from_ring(const Span& run, const Span& ring, double t) {
   // pair whose boxes are apart by more than t, and the index offers every edge whose box comes
   // within t of the segment's (none for a chunk of segments clear of the ring).  The segments
   // are passed in the order runs_disjoint passes them.
-  const ClearChunks chunks(run, ring, t, false);
+  ClearChunks chunks(run, ring, t, false);
   for (uint32_t i = 0; i + 1 < run.n; ++i) {
     if (i % kChunkSegments == 0 && chunks.clear(i)) {
       i += kChunkSegments - 1;

@@ -33,16 +33,38 @@ constexpr Verdict kValid{XGWKB_OK, false};
 Verdict fail(int32_t code) { return {code, false}; }
 Verdict fail_or(int32_t code) { return {code, true}; }
 
+// True when c lies so far from the line through a and b that segment_meet(a, b, b, c) cannot
+// find a shared stretch (answer 2): that needs c within kTol of the line in the frame of (a, b).
+// The distance is judged without a square root, |cross| against (kTol + slack) times |dx| + |dy|
+// (at least the length), where the slacks exceed the rounding of segment_meet's frame (some 9
+// units of roundoff of |c - a|) and of the cross product here.  Non-finite numbers fail the
+// comparison and go to segment_meet.
+inline bool surely_turns(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const _xgWKB_POINT& c) {
+  const double dx = b.x - a.x;
+  const double dy = b.y - a.y;
+  const double rx = c.x - a.x;
+  const double ry = c.y - a.y;
+  const double cross = std::fabs(dx * ry - dy * rx);
+  const double reach = kTol + 1e-14 * (std::fabs(rx) + std::fabs(ry));
+  const double bound = reach * (std::fabs(dx) + std::fabs(dy)) +
+                       1e-14 * (std::fabs(dx * ry) + std::fabs(dy * rx));
+  return cross > bound * (1 + 1e-12) + 1e-300;
+}
+
 // A line must not run back over itself: only consecutive segments are compared.  (General
 // self-crossing of an open line is accepted; rings are tested for it separately.)  point(i)
 // gives vertex i of a run of n points.
 template <class Point>
 Verdict check_segment_run(uint32_t n, Point&& point) {
   if (n < 2) return fail(XGWKB_E_TOO_FEW_POINTS);
+  _xgWKB_POINT a = point(0);
+  _xgWKB_POINT b = n > 1 ? point(1) : a;
   for (uint32_t i = 0; i + 2 < n; ++i) {
-    const _xgWKB_POINT b = point(i + 1);
-    if (segment_meet(point(i), b, b, point(i + 2), kTol, nullptr) == 2)
+    const _xgWKB_POINT c = point(i + 2);
+    if (!surely_turns(a, b, c) && segment_meet(a, b, b, c, kTol, nullptr) == 2)
       return fail(XGWKB_E_OVERLAPPING_POLYGONS);
+    a = b;
+    b = c;
   }
   return kValid;
 }
