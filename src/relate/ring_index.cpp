@@ -75,11 +75,11 @@ bool RingIndex::build() const {
       const double miny = a.y < b.y ? a.y : b.y;
       const double maxy = a.y < b.y ? b.y : a.y;
       Edge& e = tb.edges[j];
-      e = Edge{miny - g, maxy + g, a.x < b.x ? a.x : b.x, a.x < b.x ? b.x : a.x};
+      e = Edge{miny - g, maxy + g};
       // Plain comparisons: the points are finite (indexable), so no NaN reaches them.
-      if (e.minx < all.minx) all.minx = e.minx;
+      if (minx_of(j) < all.minx) all.minx = minx_of(j);
       if (e.lo < all.miny) all.miny = e.lo;
-      if (e.maxx > all.maxx) all.maxx = e.maxx;
+      if (maxx_of(j) > all.maxx) all.maxx = maxx_of(j);
       if (e.hi > all.maxy) all.maxy = e.hi;
       height += e.hi - e.lo;
     }
@@ -98,23 +98,29 @@ bool RingIndex::build() const {
     }
     // The edges in column order of their left ends (a counting sort), then filed band by band.
     tb.columns.fit(all.minx, all.maxx, edges / 2);
+    std::vector<uint32_t> column(edges);  // of each edge's left end
     std::vector<uint32_t> order(edges);
     {
       std::vector<uint32_t> at(tb.columns.count + 1, 0);
-      for (const Edge& e : tb.edges) ++at[tb.columns.at(e.minx) + 1];
+      for (uint32_t j = 0; j < edges; ++j) {
+        column[j] = tb.columns.at(minx_of(j));
+        ++at[column[j] + 1];
+      }
       for (uint32_t c = 0; c < tb.columns.count; ++c) at[c + 1] += at[c];
-      for (uint32_t j = 0; j < edges; ++j) order[at[tb.columns.at(tb.edges[j].minx)]++] = j;
+      for (uint32_t j = 0; j < edges; ++j) order[at[column[j]]++] = j;
     }
     const uint32_t count = tb.bands.count;
     tb.starts.assign(count + 1, 0);
     tb.widths.assign(count, 0);
-    for (const Edge& e : tb.edges) {
-      const uint32_t width = tb.columns.at(e.maxx) - tb.columns.at(e.minx);
+    for (uint32_t j = 0; j < edges; ++j) {
+      const Edge& e = tb.edges[j];
+      const uint32_t width = tb.columns.at(maxx_of(j)) - column[j];
       for (uint32_t b = tb.bands.at(e.lo), last = tb.bands.at(e.hi); b <= last; ++b) {
         ++tb.starts[b + 1];
         if (width > tb.widths[b]) tb.widths[b] = width;
       }
     }
+    std::vector<uint32_t>().swap(column);  // freed before the entries are allocated
     for (uint32_t b = 0; b < count; ++b) tb.starts[b + 1] += tb.starts[b];
     tb.entries.resize(total);
     std::vector<uint32_t> next(tb.starts.begin(), tb.starts.end() - 1);

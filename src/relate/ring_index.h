@@ -82,12 +82,14 @@ class RingIndex {
   bool edges_near(const _xgWKB_BOX& box, double margin, F&& f) const;
 
  private:
+  // The grown y-range of an edge; its x-range (not grown) is read from the ring's points.
   struct Edge {
-    double lo;  // grown y-range
+    double lo;
     double hi;
-    double minx;  // x-range, not grown
-    double maxx;
   };
+
+  double minx_of(uint32_t j) const { return p_[j].x < p_[j + 1].x ? p_[j].x : p_[j + 1].x; }
+  double maxx_of(uint32_t j) const { return p_[j].x < p_[j + 1].x ? p_[j + 1].x : p_[j].x; }
 
   // A monotone split of [origin, origin + count / per_unit) into count equal slots; values
   // beyond either end go to the end slots.
@@ -194,7 +196,7 @@ bool RingIndex::edges_at_side(double y, double x, double reach, bool* skipped_ri
     uint32_t lo = begin, hi = end;
     while (lo < hi) {
       const uint32_t mid = lo + (hi - lo) / 2;
-      if (tb.columns.at(tb.edges[tb.entries[mid]].minx) < column) {
+      if (tb.columns.at(minx_of(tb.entries[mid])) < column) {
         lo = mid + 1;
       } else {
         hi = mid;
@@ -233,7 +235,7 @@ bool RingIndex::edges_near(const _xgWKB_BOX& box, double margin, F&& f) const {
     uint32_t hi = tb.starts[b + 1];
     while (lo < hi) {
       const uint32_t mid = lo + (hi - lo) / 2;
-      if (tb.columns.at(tb.edges[tb.entries[mid]].minx) < from) {
+      if (tb.columns.at(minx_of(tb.entries[mid])) < from) {
         lo = mid + 1;
       } else {
         hi = mid;
@@ -242,8 +244,9 @@ bool RingIndex::edges_near(const _xgWKB_BOX& box, double margin, F&& f) const {
     for (uint32_t k = lo; k < tb.starts[b + 1]; ++k) {
       const uint32_t j = tb.entries[k];
       const Edge& e = tb.edges[j];
-      if (tb.columns.at(e.minx) > c1) break;  // this edge and all after it start right of the box
-      if (e.maxx < minx || e.minx > maxx || e.hi < miny || e.lo > maxy) continue;
+      const double e_minx = minx_of(j);
+      if (tb.columns.at(e_minx) > c1) break;  // this edge and all after it start right of the box
+      if (maxx_of(j) < minx || e_minx > maxx || e.hi < miny || e.lo > maxy) continue;
       // An edge filed in several bands is offered from the first one the query shares.
       if (b != b0 && tb.bands.at(e.lo) != b) continue;
       if (f(j)) return true;
