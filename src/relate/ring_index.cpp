@@ -1,6 +1,7 @@
 // ring_index.cpp - building the edge index of a ring, and the point locators that use it.
 #include "relate/ring_index.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <new>
@@ -149,7 +150,12 @@ bool RingIndex::build() const {
 // 1e-150 are refused, so that t * t does not underflow.
 bool RingIndex::segment_margin(const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t,
                                double* margin) const {
-  if (!tables_.segments_ok || !(t >= 1e-150) || !indexable(a) || !indexable(b)) return false;
+  return margin_for(tables_.segments_ok, a, b, t, margin);
+}
+
+bool RingIndex::margin_for(bool segments_ok, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
+                           double t, double* margin) const {
+  if (!segments_ok || !(t >= 1e-150) || !indexable(a) || !indexable(b)) return false;
   _xgWKB_BOX all = box_;
   box_add(&all, a);
   box_add(&all, b);
@@ -158,6 +164,80 @@ bool RingIndex::segment_margin(const _xgWKB_POINT& a, const _xgWKB_POINT& b, dou
   const double reach = std::fmax(reach_, std::fmax(std::fmax(std::fabs(a.x), std::fabs(a.y)),
                                                    std::fmax(std::fabs(b.x), std::fabs(b.y))));
   *margin = 2 * t + 1e-12 * (reach + size);
+  return true;
+}
+
+bool RingIndex::scan_margins(bool* segments_ok, double* max_margin) const {
+  if (scanned_ == 0) {
+    scanned_segments_ok_ = true;
+    scanned_max_margin_ = 0;
+    scanned_ = 1;
+    for (uint32_t j = 0; j + 1 < n_ && scanned_ > 0; ++j) {
+      const _xgWKB_POINT& a = p_[j];
+      const _xgWKB_POINT& b = p_[j + 1];
+      if (!indexable(a) || !indexable(b)) scanned_ = -1;
+      const double d2 = dist2(a, b);
+      if (d2 != 0 && d2 < 1e-200) scanned_segments_ok_ = false;
+      const double g = touch_margin(a, b, t_);
+      if (g > scanned_max_margin_) scanned_max_margin_ = g;
+    }
+  }
+  *segments_ok = scanned_segments_ok_;
+  *max_margin = scanned_max_margin_;
+  return scanned_ > 0;
+}
+
+bool RingIndex::box_clear(const _xgWKB_BOX& box, double t, bool with_points) const {
+  if (state_ < 0 || t != t_ || !(t > 0)) return false;
+  bool segments_ok = tables_.segments_ok;
+  double max_margin = tables_.max_margin;
+  if (state_ == 0 && !scan_margins(&segments_ok, &max_margin)) return false;
+  double margin = t;
+  if (with_points) {
+    // The margin for the box's corners bounds that of every segment inside the box (the box
+    // around ring and segment, and the largest coordinate, only grow), and reach_for grows with
+    // the distance of x from 0.
+    double segments = 0;
+    if (!margin_for(segments_ok, _xgWKB_POINT{box.minx, box.miny}, _xgWKB_POINT{box.maxx, box.maxy}, t,
+                    &segments)) {
+      return false;
+    }
+    const double x = std::fmax(std::fabs(box.minx), std::fabs(box.maxx));
+    margin = std::fmax(margin, std::fmax(segments, max_margin + 1e-12 * (reach_ + x)));
+  }
+  if (margin <= clear_margin_ && box.minx == clear_box_.minx && box.miny == clear_box_.miny &&
+      box.maxx == clear_box_.maxx && box.maxy == clear_box_.maxy) {
+    return true;
+  }
+  const bool clear = state_ == 1 ? !edges_near(box, margin, [](uint32_t) { return true; })
+                                 : scan_clear(box, margin, max_margin);
+  if (clear) {
+    clear_box_ = box;
+    clear_margin_ = margin;
+  }
+  return clear;
+}
+
+bool RingIndex::scan_clear(const _xgWKB_BOX& box, double margin, double max_margin) const {
+  // The test edges_near makes of each edge, on every edge, with each y-range grown by the
+  // largest margin rather than its own: an edge apart from the box so is apart with its own.
+  const double minx = box.minx - margin;
+  const double maxx = box.maxx + margin;
+  const double miny = box.miny - margin;
+  const double maxy = box.maxy + margin;
+  // Without branches, a block of edges at a time.
+  for (uint32_t first = 0; first + 1 < n_; first += 64) {
+    const uint32_t end = std::min(first + 64, n_ - 1);
+    bool near = false;
+    for (uint32_t j = first; j < end; ++j) {
+      const _xgWKB_POINT& a = p_[j];
+      const _xgWKB_POINT& b = p_[j + 1];
+      const double lo = (a.y < b.y ? a.y : b.y) - max_margin;
+      const double hi = (a.y < b.y ? b.y : a.y) + max_margin;
+      near |= !((maxx_of(j) < minx) | (minx_of(j) > maxx) | (hi < miny) | (lo > maxy));
+    }
+    if (near) return false;
+  }
   return true;
 }
 

@@ -81,6 +81,15 @@ class RingIndex {
   template <class F>
   bool edges_near(const _xgWKB_BOX& box, double margin, F&& f) const;
 
+  // True when no edge comes near box (whose corners must be indexable) under tolerance t > 0:
+  // edges_near offers no edge within t of it, nor within the margin segment_margin gives any
+  // segment inside it, nor (with_points) within reach_for of any point inside it.  Every query
+  // of those kinds inside box is then offered no edge.  Answered by one query once the index is
+  // built; before that by a scan of the edges, with the build's own numbers, that counts as no
+  // query: a ring asked only about far boxes is never indexed.  False when the index cannot
+  // take the ring or t, or the numbers refuse segment queries.
+  bool box_clear(const _xgWKB_BOX& box, double t, bool with_points) const;
+
  private:
   // The grown y-range of an edge; its x-range (not grown) is read from the ring's points.
   struct Edge {
@@ -122,6 +131,17 @@ class RingIndex {
 
   bool build() const;
 
+  // The build's segments_ok and max_margin, found by a scan of the edges (once); false for a
+  // ring the index cannot take.
+  bool scan_margins(bool* segments_ok, double* max_margin) const;
+
+  // No edge, its y-range grown by max_margin, comes within margin of box: a scan of them all.
+  bool scan_clear(const _xgWKB_BOX& box, double margin, double max_margin) const;
+
+  // segment_margin with the given segments_ok.
+  bool margin_for(bool segments_ok, const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t,
+                  double* margin) const;
+
   const _xgWKB_POINT* p_ = nullptr;
   uint32_t n_ = 0;
   double t_ = 0;
@@ -132,6 +152,14 @@ class RingIndex {
   mutable int state_ = -1;
   mutable uint32_t queries_ = 0;
   mutable Tables tables_;
+  // What scan_margins found for box_clear before a build: 0 not scanned, 1 scanned, -1 refused.
+  mutable int scanned_ = 0;
+  mutable bool scanned_segments_ok_ = false;
+  mutable double scanned_max_margin_ = 0;
+  // The last box box_clear found clear, and its margin: asked again with no larger a margin (a
+  // run tested first with points, then without), it answers at once.
+  mutable _xgWKB_BOX clear_box_{};
+  mutable double clear_margin_ = -1;
 };
 
 // A list of runs (the rings of a polygon, or all the runs of a shape) with a RingIndex attached

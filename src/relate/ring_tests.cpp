@@ -182,20 +182,18 @@ int32_t leaves_located(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span&
 constexpr uint32_t kChunkSegments = 32;
 
 // Splits a run into chunks of consecutive segments and tells, for each, whether its box lies
-// clear of the indexed ring's edges: the index offers no edge within `margin` of the box, where
-// margin covers at once
-//  - t, so that no segment of the chunk has its box within t of an edge's;
-//  - the margin of the segment tests (RingIndex::segment_margin, computed for the box's corners,
-//    which bounds that of every segment inside it), so that the crossing test of each of its
-//    segments is answered through the index and is offered no edge: it answers no;
-//  - the reach of the point locator (RingIndex::reach_for), so that no vertex of the chunk lies
-//    on an edge, and every edge whose y-range holds a vertex's y lies wholly left or right of the
-//    box, beyond the reach where rounding could misjudge the side of its crossing.
-// In the last case every vertex of the chunk has the same relation to the ring, 0 or 1, when the
-// ring is closed exactly (last point equal to the first): the edges met by the horizontal band
-// of the box form, right of it, pieces of the ring that enter and leave the band through its top
-// or bottom, so the parity of those crossing the horizontal through a vertex, right of it, does
-// not change within the band.
+// clear of the indexed ring's edges (RingIndex::box_clear): the index offers no edge within t
+// of the box, so that no segment of the chunk has its box within t of an edge's; and with
+// points, none within the margin of the segment tests either, so that the crossing test of
+// each segment is offered no edge and answers no (the plain walk answers the same: its
+// passages fire only at edges that truly cross the segment or at vertices within t of it), and
+// none within the point locator's reach: no vertex of the chunk lies on an edge, and every edge
+// whose y-range holds a vertex's y lies wholly left or right of the box, beyond the reach where
+// rounding could misjudge the side of its crossing.  In that case every vertex of the chunk has
+// the same relation to the ring, 0 or 1, when the ring is closed exactly (last point equal to
+// the first): the edges met by the horizontal band of the box form, right of it, pieces of the
+// ring that enter and leave the band through its top or bottom, so the parity of those crossing
+// the horizontal through a vertex, right of it, does not change within the band.
 class ClearChunks {
  public:
   // with_points: also require what the point locator needs (reach, exact closing).
@@ -206,13 +204,18 @@ class ClearChunks {
                                 ring.p[0].y == ring.p[ring.n - 1].y));
   }
 
+  // The whole run lies clear.  Tried once, before the ring's index need be built: when it
+  // answers yes, so does every chunk (a box inside a clear box is offered no edge either).
+  bool whole() {
+    if (whole_ == 0) whole_ = usable_ && clear_between(0, run_.n - 1) ? 1 : -1;
+    return whole_ > 0;
+  }
+
   // The chunk of segments [first, first + kChunkSegments), cut at the run's end, lies clear.
-  // The whole run is tried first (once the index is built): when it lies clear, so does every
-  // chunk, since a box inside a clear box, with a margin no larger, is offered no edge either.
   bool clear(uint32_t first) {
+    if (whole()) return true;
     if (!usable_ || !ring_.index->ready(t_)) return false;  // built after a few calls
-    if (whole_ == 0) whole_ = clear_between(0, run_.n - 1) ? 1 : -1;
-    return whole_ > 0 || clear_between(first, std::min(first + kChunkSegments, run_.n - 1));
+    return clear_between(first, std::min(first + kChunkSegments, run_.n - 1));
   }
 
  private:
@@ -223,16 +226,7 @@ class ClearChunks {
       if (!indexable(run_.p[i])) return false;
       box_add(&box, run_.p[i]);
     }
-    double margin = t_;
-    if (with_points_) {
-      const _xgWKB_POINT lo{box.minx, box.miny};
-      const _xgWKB_POINT hi{box.maxx, box.maxy};
-      double segments = 0;
-      if (!ring_.index->segment_margin(lo, hi, t_, &segments)) return false;
-      const double x = std::fmax(std::fabs(box.minx), std::fabs(box.maxx));
-      margin = std::fmax(margin, std::fmax(segments, ring_.index->reach_for(x)));
-    }
-    return !ring_.index->edges_near(box, margin, [](uint32_t) { return true; });
+    return ring_.index->box_clear(box, t_, with_points_);
   }
 
   const Span& run_;
@@ -290,11 +284,14 @@ int32_t ring_inside_ring(const Span& ring_a, const Span& ring_b, double t) {
   const Span& ring = indexed.span();
   VertexRelations located(ring, t);
   ClearChunks chunks(ring_a, ring, t, true);
+  // In a clear chunk all vertices share the first one's relation, 0 or 1, and no segment
+  // crosses the ring: each segment leaves when it is 0 and stays when it is 1.  When the whole
+  // run lies clear, one vertex is located for all, by the plain walk (the index answers the
+  // same), so that a ring asked only this is not indexed for it.
+  const int32_t whole = ring_a.n >= 2 && chunks.whole() ? ring_relation(ring_a.p[0], ring.p, ring.n, t) : 2;
   for (uint32_t first = 0; first + 1 < ring_a.n; first += kChunkSegments) {
     const uint32_t end = std::min(first + kChunkSegments, ring_a.n - 1);
-    // In a clear chunk all vertices share the first one's relation, 0 or 1, and no segment
-    // crosses the ring: each segment leaves when it is 0 and stays when it is 1.
-    const int32_t shared = chunks.clear(first) ? located.at(ring_a, first) : 2;
+    const int32_t shared = whole != 2 ? whole : chunks.clear(first) ? located.at(ring_a, first) : 2;
     if (shared == 0) return 0;
     for (uint32_t i = first; i < end; ++i) {
       const _xgWKB_POINT& a = ring_a.p[i];
@@ -349,9 +346,10 @@ int32_t ring_overlaps_ring(const byte* ring_a, const byte* ring_b, double t) {
 }
 
 int32_t run_disjoint_from_ring(const Span& run, const Span& ring, double t) {
-  if (run.n < 2 || ring.n < 2 || !(t >= 0) || ring.index == nullptr || !ring.index->ready(t)) {
-    return runs_disjoint(run, ring, t);
-  }
+  if (run.n < 2 || ring.n < 2 || !(t >= 0) || ring.index == nullptr) return runs_disjoint(run, ring, t);
+  ClearChunks chunks(run, ring, t, false);
+  if (chunks.whole()) return 1;  // checks the points as well
+  if (!ring.index->ready(t)) return runs_disjoint(run, ring, t);
   for (uint32_t i = 0; i < run.n; ++i) {
     if (!indexable(run.p[i])) return runs_disjoint(run, ring, t);
   }
@@ -360,7 +358,6 @@ int32_t run_disjoint_from_ring(const Span& run, const Span& ring, double t) {
   // pair whose boxes are apart by more than t, and the index offers every edge whose box comes
   // within t of the segment's (none for a chunk of segments clear of the ring).  The segments
   // are passed in the order runs_disjoint passes them.
-  ClearChunks chunks(run, ring, t, false);
   for (uint32_t i = 0; i + 1 < run.n; ++i) {
     if (i % kChunkSegments == 0 && chunks.clear(i)) {
       i += kChunkSegments - 1;
