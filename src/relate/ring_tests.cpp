@@ -194,14 +194,16 @@ constexpr uint32_t kChunkSegments = 32;
 // the first): the edges met by the horizontal band of the box form, right of it, pieces of the
 // ring that enter and leave the band through its top or bottom, so the parity of those crossing
 // the horizontal through a vertex, right of it, does not change within the band.
+bool exactly_closed(const Span& ring) {
+  return ring.n >= 2 && ring.p[0].x == ring.p[ring.n - 1].x && ring.p[0].y == ring.p[ring.n - 1].y;
+}
+
 class ClearChunks {
  public:
   // with_points: also require what the point locator needs (reach, exact closing).
   ClearChunks(const Span& run, const Span& ring, double t, bool with_points)
       : run_(run), ring_(ring), t_(t), with_points_(with_points) {
-    usable_ = run.n >= 2 && t > 0 && ring.index != nullptr &&
-              (!with_points || (ring.n >= 2 && ring.p[0].x == ring.p[ring.n - 1].x &&
-                                ring.p[0].y == ring.p[ring.n - 1].y));
+    usable_ = run.n >= 2 && t > 0 && ring.index != nullptr && (!with_points || exactly_closed(ring));
   }
 
   // The whole run lies clear.  Tried once, before the ring's index need be built: when it
@@ -310,6 +312,25 @@ int32_t ring_overlaps_ring(const Span& ring_a, const Span& ring_b, double t) {
   if (ring_a.n == 1) return ring_relation(ring_a.p[0], ring_b, t) == 1 ? 1 : 0;
   const IndexedSpan indexed(ring_b, t);
   const Span& ring = indexed.span();
+  if (ring.index != nullptr && t > 0 && exactly_closed(ring)) {
+    // When the segments that meet the ring's box lie in a box clear of the ring (see
+    // ClearChunks), their vertices share one relation to it, 0 or 1, and none crosses it: the
+    // answer is whether that relation is "inside".  One vertex is located, by the plain walk.
+    _xgWKB_BOX near = empty_box();
+    uint32_t first = ring_a.n;
+    bool indexable_all = true;
+    for (uint32_t i = 0; i + 1 < ring_a.n; ++i) {
+      if (wkb_boxes_disjoint_tol(segment_box(ring_a.p[i], ring_a.p[i + 1]), ring.box, t)) continue;
+      if (first == ring_a.n) first = i;
+      indexable_all = indexable_all && indexable(ring_a.p[i]) && indexable(ring_a.p[i + 1]);
+      box_add(&near, ring_a.p[i]);
+      box_add(&near, ring_a.p[i + 1]);
+    }
+    if (first == ring_a.n) return 0;  // no segment comes near
+    if (indexable_all && ring.index->box_clear(near, t, true)) {
+      return ring_relation(ring_a.p[first], ring.p, ring.n, t) == 1 ? 1 : 0;
+    }
+  }
   VertexRelations located(ring, t);
   for (uint32_t i = 0; i + 1 < ring_a.n; ++i) {
     const _xgWKB_POINT& a = ring_a.p[i];
@@ -383,6 +404,22 @@ namespace {
 // point outside it within t of a vertex.  Otherwise an infinite box, which rules nothing out.
 _xgWKB_BOX locate_window(const Span& run, double t);
 
+// True when no vertex of `run` (closing point left out) inside `window` can lie on `other`:
+// they all lie in a box clear of it with points (RingIndex::box_clear), which keeps them beyond
+// the reach of its edges.  False when that is not shown.
+bool none_on(const Span& run, const _xgWKB_BOX& window, const Span& other, double t) {
+  if (other.index == nullptr || !(t > 0)) return false;
+  _xgWKB_BOX box = empty_box();
+  bool any = false;
+  for (uint32_t i = 0; i + 1 < run.n; ++i) {
+    if (outside_box(run.p[i], window, 0)) continue;
+    if (!indexable(run.p[i])) return false;
+    box_add(&box, run.p[i]);
+    any = true;
+  }
+  return !any || other.index->box_clear(box, t, true);
+}
+
 // The two closed lines a and b meet in exactly one point.  Only vertices are examined: edges
 // crossing each other away from any vertex are no contact here.
 int32_t closed_lines_touch(const Span& line_a, const Span& line_b, double t) {
@@ -393,6 +430,7 @@ int32_t closed_lines_touch(const Span& line_a, const Span& line_b, double t) {
   // Vertices outside the other line's window locate nowhere on it and are passed over.
   const _xgWKB_BOX window_a = locate_window(a, t);
   const _xgWKB_BOX window_b = locate_window(b, t);
+  if (none_on(a, window_b, b, t) && none_on(b, window_a, a, t)) return 0;
   // Step 1: vertices of a (closing point left out) lying on b; at most one may.
   bool found = false;
   _xgWKB_POINT contact{};
