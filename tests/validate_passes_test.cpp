@@ -170,6 +170,16 @@ TEST(ValidationPasses, PolygonsAgreeWithThePlainRules) {
     ASSERT_EQ(status_of(polygon(rings)), expected) << "case " << i;
     ++seen[-expected];
   }
+  // Pairs of holes close to each other in a large shell: apart, touching, overlapping.
+  for (int i = 0; i < 300; ++i) {
+    const double r = uniform(rng, 5, 20), a = uniform(rng, 0, 2 * M_PI), d = 2 * r + uniform(rng, -4, 2);
+    Polygon rings{square(kX0 - 100, kY0 - 100, 200), star_ring(rng, {kX0, kY0}, 0.9 * r, r, 60, true),
+                  star_ring(rng, {kX0 + d * std::cos(a), kY0 + d * std::sin(a)}, 0.9 * r, r, 60, true)};
+    if (i % 3 == 0) rings[2][between(rng, 1, 58)] = rings[1][between(rng, 0, 59)];
+    const int32_t expected = plain_polygon(rings);
+    ASSERT_EQ(status_of(polygon(rings)), expected) << "pair " << i;
+    ++seen[-expected];
+  }
   // Every verdict of the hole tests occurs.
   for (int32_t s : {XGWKB_OK, XGWKB_E_HOLE_OUTSIDE, XGWKB_E_RINGS_OVERLAP, XGWKB_E_INTEGRITY})
     EXPECT_GT(seen[-s], 10) << s;
