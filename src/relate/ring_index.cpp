@@ -169,22 +169,42 @@ bool RingIndex::margin_for(bool segments_ok, const _xgWKB_POINT& a, const _xgWKB
 
 bool RingIndex::scan_margins(bool* segments_ok, double* max_margin) const {
   if (scanned_ == 0) {
+    // The margin of the ring's box bounds every edge's (it grows with the size, and rounds
+    // monotonely), and a larger margin only widens what the scans look at.
+    scanned_max_margin_ = touch_margin(_xgWKB_POINT{box_.minx, box_.miny},
+                                       _xgWKB_POINT{box_.maxx, box_.maxy}, t_);
     scanned_segments_ok_ = true;
-    scanned_max_margin_ = 0;
     scanned_ = 1;
-    for (uint32_t j = 0; j + 1 < n_ && scanned_ > 0; ++j) {
-      const _xgWKB_POINT& a = p_[j];
-      const _xgWKB_POINT& b = p_[j + 1];
-      if (!indexable(a) || !indexable(b)) scanned_ = -1;
-      const double d2 = dist2(a, b);
-      if (d2 != 0 && d2 < 1e-200) scanned_segments_ok_ = false;
-      const double g = touch_margin(a, b, t_);
-      if (g > scanned_max_margin_) scanned_max_margin_ = g;
+    for (uint32_t j = 0; j < n_; ++j) {
+      if (!indexable(p_[j])) {
+        scanned_ = -1;
+        break;
+      }
+      if (j + 1 < n_) {
+        const double d2 = dist2(p_[j], p_[j + 1]);
+        scanned_segments_ok_ = scanned_segments_ok_ && !(d2 != 0 && d2 < 1e-200);
+      }
     }
   }
   *segments_ok = scanned_segments_ok_;
   *max_margin = scanned_max_margin_;
   return scanned_ > 0;
+}
+
+int32_t RingIndex::locate_by_scan(const _xgWKB_POINT& p) const {
+  bool segments_ok = false;
+  double g = 0;
+  if (!scan_margins(&segments_ok, &g) || !indexable(p)) return ring_relation(p, p_, n_, t_);
+  // ring_relation's walk, passing over the edges whose y-range grown by g (at least their own
+  // touch_margin) misses p.y: they neither hold p nor flip the parity.
+  int32_t inside = 0;
+  for (uint32_t i = 1; i < n_; ++i) {
+    const double y0 = p_[i - 1].y;
+    const double y1 = p_[i].y;
+    if (p.y < (y0 < y1 ? y0 : y1) - g || p.y > (y0 < y1 ? y1 : y0) + g) continue;
+    if (ring_edge_step(p, p_[i - 1], p_[i], t_, &inside)) return 2;
+  }
+  return inside;
 }
 
 bool RingIndex::box_clear(const _xgWKB_BOX& box, double t, bool with_points) const {
@@ -220,21 +240,26 @@ bool RingIndex::box_clear(const _xgWKB_BOX& box, double t, bool with_points) con
 
 bool RingIndex::scan_clear(const _xgWKB_BOX& box, double margin, double max_margin) const {
   // The test edges_near makes of each edge, on every edge, with each y-range grown by the
-  // largest margin rather than its own: an edge apart from the box so is apart with its own.
+  // largest margin rather than its own (an edge apart from the box so is apart with its own).
+  // An edge is apart when both its ends lie left of the grown box, or both right, below or
+  // above: each vertex gets one bit per side, and an edge is apart when its ends share one.
   const double minx = box.minx - margin;
   const double maxx = box.maxx + margin;
   const double miny = box.miny - margin;
   const double maxy = box.maxy + margin;
-  // Without branches, a block of edges at a time.
-  for (uint32_t first = 0; first + 1 < n_; first += 64) {
-    const uint32_t end = std::min(first + 64, n_ - 1);
+  auto sides = [&](const _xgWKB_POINT& q) {
+    return (q.x < minx ? 1u : 0u) | (q.x > maxx ? 2u : 0u) | (q.y + max_margin < miny ? 4u : 0u) |
+           (q.y - max_margin > maxy ? 8u : 0u);
+  };
+  if (n_ < 2) return true;
+  unsigned last = sides(p_[0]);
+  for (uint32_t first = 1; first < n_; first += 64) {
+    const uint32_t end = std::min(first + 64, n_);
     bool near = false;
     for (uint32_t j = first; j < end; ++j) {
-      const _xgWKB_POINT& a = p_[j];
-      const _xgWKB_POINT& b = p_[j + 1];
-      const double lo = (a.y < b.y ? a.y : b.y) - max_margin;
-      const double hi = (a.y < b.y ? b.y : a.y) + max_margin;
-      near |= !((maxx_of(j) < minx) | (minx_of(j) > maxx) | (hi < miny) | (lo > maxy));
+      const unsigned here = sides(p_[j]);
+      near |= (here & last) == 0;
+      last = here;
     }
     if (near) return false;
   }

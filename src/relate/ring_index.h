@@ -90,6 +90,10 @@ class RingIndex {
   // take the ring or t, or the numbers refuse segment queries.
   bool box_clear(const _xgWKB_BOX& box, double t, bool with_points) const;
 
+  // ring_relation(p, ring, t) for the index's tolerance, by a walk over the edges that passes
+  // over those whose y-range is far from p's (no query is counted, nothing is built).
+  int32_t locate_by_scan(const _xgWKB_POINT& p) const;
+
  private:
   // The grown y-range of an edge; its x-range (not grown) is read from the ring's points.
   struct Edge {

@@ -288,9 +288,9 @@ int32_t ring_inside_ring(const Span& ring_a, const Span& ring_b, double t) {
   ClearChunks chunks(ring_a, ring, t, true);
   // In a clear chunk all vertices share the first one's relation, 0 or 1, and no segment
   // crosses the ring: each segment leaves when it is 0 and stays when it is 1.  When the whole
-  // run lies clear, one vertex is located for all, by the plain walk (the index answers the
-  // same), so that a ring asked only this is not indexed for it.
-  const int32_t whole = ring_a.n >= 2 && chunks.whole() ? ring_relation(ring_a.p[0], ring.p, ring.n, t) : 2;
+  // run lies clear, one vertex is located for all, by a scan (the index answers the same), so
+  // that a ring asked only this is not indexed for it.
+  const int32_t whole = ring_a.n >= 2 && chunks.whole() ? ring.index->locate_by_scan(ring_a.p[0]) : 2;
   for (uint32_t first = 0; first + 1 < ring_a.n; first += kChunkSegments) {
     const uint32_t end = std::min(first + kChunkSegments, ring_a.n - 1);
     const int32_t shared = whole != 2 ? whole : chunks.clear(first) ? located.at(ring_a, first) : 2;
@@ -315,7 +315,7 @@ int32_t ring_overlaps_ring(const Span& ring_a, const Span& ring_b, double t) {
   if (ring.index != nullptr && t > 0 && exactly_closed(ring)) {
     // When the segments that meet the ring's box lie in a box clear of the ring (see
     // ClearChunks), their vertices share one relation to it, 0 or 1, and none crosses it: the
-    // answer is whether that relation is "inside".  One vertex is located, by the plain walk.
+    // answer is whether that relation is "inside".  One vertex is located, by a scan.
     _xgWKB_BOX near = empty_box();
     uint32_t first = ring_a.n;
     bool indexable_all = true;
@@ -328,7 +328,7 @@ int32_t ring_overlaps_ring(const Span& ring_a, const Span& ring_b, double t) {
     }
     if (first == ring_a.n) return 0;  // no segment comes near
     if (indexable_all && ring.index->box_clear(near, t, true)) {
-      return ring_relation(ring_a.p[first], ring.p, ring.n, t) == 1 ? 1 : 0;
+      return ring.index->locate_by_scan(ring_a.p[first]) == 1 ? 1 : 0;
     }
   }
   VertexRelations located(ring, t);
