@@ -13,7 +13,9 @@
 // The index is attached to a Span (Span::index) by the callers that test one ring many times;
 // the tests in point_runs.h and segment_tests.h use it when present.  It is built on demand: a
 // ring asked only a few times is answered by the plain loops and never pays for the build.
-// Rings of up to kPlainRingPoints points are never indexed.
+// Rings of up to kPlainRingPoints points are never indexed.  Whether a box lies clear of the
+// ring (box_clear) is answered before any build by a scan, so that a ring only asked that about
+// far boxes is never indexed.
 #ifndef XGGEO_RELATE_RING_INDEX_H
 #define XGGEO_RELATE_RING_INDEX_H
 

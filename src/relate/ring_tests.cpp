@@ -8,7 +8,8 @@
 //   stretches - the pieces of the segment between the ring vertices lying on it, each located
 //               by its midpoint (a segment running along edges and over a notch shows it there).
 // A ring carrying an edge index (ring_index.h) is searched through it; the answers are those of
-// the plain walks.
+// the plain walks.  Where the index shows a part of the other run to lie clear of the ring
+// (ClearChunks), that part is settled by one located vertex, or none, instead of a walk.
 #include <algorithm>
 #include <cmath>
 #include <limits>
