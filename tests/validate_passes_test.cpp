@@ -225,3 +225,15 @@ TEST(ValidationPasses, ShortcutsKeepTheVerdicts) {
   };
   for (const auto& c : cases) EXPECT_EQ(status_of(c.blob), c.status) << c.what;
 }
+
+TEST(ValidationPasses, LongChainsOfTouchingHoles) {
+  // 60000 holes corner to corner along the diagonal of the shell, tied to its corners by two
+  // small triangles: with one the chain is fine, with both it closes a cycle through the shell.
+  const int k = 60000;
+  const double size = 2.0 * k + 2;
+  Polygon rings{square(0, 0, size), {{0, 0}, {1, 1}, {0.5, 0.2}, {0, 0}}};
+  for (int i = 0; i < k; ++i) rings.push_back(square(1 + 2.0 * i, 1 + 2.0 * i, 2));
+  EXPECT_EQ(status_of(polygon(rings)), XGWKB_OK);
+  rings.push_back({{size - 1, size - 1}, {size, size}, {size - 0.5, size - 0.2}, {size - 1, size - 1}});
+  EXPECT_EQ(status_of(polygon(rings)), XGWKB_E_INTEGRITY);
+}

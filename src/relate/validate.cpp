@@ -138,38 +138,38 @@ bool any_box_pair(const std::vector<_xgWKB_BOX>& boxes, F&& f) {
 }
 
 // Rings that touch each other, one node per ring.  A cycle of touching rings encloses a piece of
-// the interior and cuts it off from the rest.
+// the interior and cuts it off from the rest.  Each pair of rings is linked at most once, so a
+// link between two rings already joined through others closes a cycle: the groups of joined
+// rings are kept as a union-find forest (no recursion, however long the chains).
 class TouchGraph {
  public:
-  explicit TouchGraph(std::size_t rings) : neighbours_(rings) {}
+  explicit TouchGraph(std::size_t rings) : parent_(rings) {
+    for (std::size_t i = 0; i < rings; ++i) parent_[i] = static_cast<uint32_t>(i);
+  }
 
   void link(std::size_t a, std::size_t b) {
-    neighbours_[a].push_back(b);
-    neighbours_[b].push_back(a);
+    const uint32_t ra = root(static_cast<uint32_t>(a));
+    const uint32_t rb = root(static_cast<uint32_t>(b));
+    if (ra == rb) {
+      cycle_ = true;
+    } else {
+      parent_[ra] = rb;
+    }
   }
 
-  bool has_cycle() const {
-    std::vector<int> state(neighbours_.size(), 0);  // 0 unseen, 1 on the current path, -1 done
-    for (std::size_t start = 0; start < neighbours_.size(); ++start) {
-      if (state[start] == 0 && cycle_from(start, neighbours_.size(), state)) return true;
-    }
-    return false;
-  }
+  bool has_cycle() const { return cycle_; }
 
  private:
-  // Depth-first walk; reaching a node on the current path other than the one just left is a cycle.
-  bool cycle_from(std::size_t node, std::size_t parent, std::vector<int>& state) const {
-    state[node] = 1;
-    for (std::size_t next : neighbours_[node]) {
-      if (next == parent) continue;
-      if (state[next] == 1) return true;
-      if (state[next] == 0 && cycle_from(next, node, state)) return true;
+  uint32_t root(uint32_t i) {
+    while (parent_[i] != i) {
+      parent_[i] = parent_[parent_[i]];  // halves the path
+      i = parent_[i];
     }
-    state[node] = -1;
-    return false;
+    return i;
   }
 
-  std::vector<std::vector<std::size_t>> neighbours_;
+  std::vector<uint32_t> parent_;
+  bool cycle_ = false;
 };
 
 // Two rings through the same points (in any order or direction): each lies inside the other,
