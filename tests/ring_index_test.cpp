@@ -190,11 +190,11 @@ TEST(RingIndex, ClearBoxesHoldNothingNearTheRing) {
     const bool closed = pts.front().x == pts.back().x && pts.front().y == pts.back().y;
     for (double t : kTolerances) {
       const Indexed ix(plain, t);
-      xg::RingIndex scanned;
-      ASSERT_TRUE(scanned.prepare(plain, t));
       Rng rng(static_cast<uint64_t>(t * 1e9) + pts.size());
       for (int q = 0; q < 400; ++q) {
         SCOPED_TRACE(testing::Message() << name << " t=" << t << " q=" << q);
+        xg::RingIndex scanned;  // new each time: scans, never built
+        ASSERT_TRUE(scanned.prepare(plain, t));
         const double w = q % 2 ? uniform(rng, 0.01, 1) : uniform(rng, 1, 40);
         const _xgWKB_POINT c = q % 3 ? probe(rng, pts, t) : P(uniform(rng, kX0 - 110, kX0 + 110), uniform(rng, kY0 - 110, kY0 + 110));
         const _xgWKB_BOX box{c.x, c.y, c.x + w, c.y + uniform(rng, 0.01, 1) * w};

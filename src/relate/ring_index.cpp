@@ -16,6 +16,10 @@ namespace {
 // as a few scans of the ring.
 constexpr uint32_t kQueriesBeforeBuild = 4;
 
+// Scans for box_clear and locate_by_scan before the index is built instead: a scan costs a
+// small part of a build, so a ring asked many times is indexed after a bounded waste.
+constexpr uint32_t kScansBeforeBuild = 12;
+
 // Band filing repeats an edge in every band its range spans; past this many entries per edge
 // on the whole the bands are made coarser.
 constexpr std::size_t kEntriesPerEdge = 8;
@@ -191,10 +195,19 @@ bool RingIndex::scan_margins(bool* segments_ok, double* max_margin) const {
   return scanned_ > 0;
 }
 
+bool RingIndex::may_scan() const {
+  if (state_ != 0) return false;
+  if (++scans_ <= kScansBeforeBuild) return true;
+  state_ = build() ? 1 : -1;
+  if (state_ < 0) tables_ = Tables();
+  return false;
+}
+
 int32_t RingIndex::locate_by_scan(const _xgWKB_POINT& p) const {
+  if (!may_scan() && state_ == 1) return indexed_ring_relation(p, Span{p_, n_, box_, this}, t_);
   bool segments_ok = false;
   double g = 0;
-  if (!scan_margins(&segments_ok, &g) || !indexable(p)) return ring_relation(p, p_, n_, t_);
+  if (state_ != 0 || !scan_margins(&segments_ok, &g) || !indexable(p)) return ring_relation(p, p_, n_, t_);
   // ring_relation's walk, passing over the edges whose y-range grown by g (at least their own
   // touch_margin) misses p.y: they neither hold p nor flip the parity.
   int32_t inside = 0;
@@ -229,6 +242,9 @@ bool RingIndex::box_clear(const _xgWKB_BOX& box, double t, bool with_points) con
       box.maxx == clear_box_.maxx && box.maxy == clear_box_.maxy) {
     return true;
   }
+  // Past a number of scans the index is built and asked instead (the margins found by the scan
+  // bound the built ones).
+  if (!may_scan() && state_ != 1) return false;
   const bool clear = state_ == 1 ? !edges_near(box, margin, [](uint32_t) { return true; })
                                  : scan_clear(box, margin, max_margin);
   if (clear) {

@@ -88,12 +88,14 @@ class RingIndex {
   // segment inside it, nor (with_points) within reach_for of any point inside it.  Every query
   // of those kinds inside box is then offered no edge.  Answered by one query once the index is
   // built; before that by a scan of the edges, with the build's own numbers, that counts as no
-  // query: a ring asked only about far boxes is never indexed.  False when the index cannot
-  // take the ring or t, or the numbers refuse segment queries.
+  // query: a ring asked only a few times about far boxes is never indexed (a bounded number of
+  // scans builds it).  False when the index cannot take the ring or t, or the numbers refuse
+  // segment queries.
   bool box_clear(const _xgWKB_BOX& box, double t, bool with_points) const;
 
   // ring_relation(p, ring, t) for the index's tolerance, by a walk over the edges that passes
-  // over those whose y-range is far from p's (no query is counted, nothing is built).
+  // over those whose y-range is far from p's; after a number of such scans, through the index
+  // (built then).
   int32_t locate_by_scan(const _xgWKB_POINT& p) const;
 
  private:
@@ -137,6 +139,10 @@ class RingIndex {
 
   bool build() const;
 
+  // True when a scan may answer in place of the index: not built yet, and not too many scans
+  // made; the scan that is one too many builds the index instead (false then).
+  bool may_scan() const;
+
   // The build's segments_ok and max_margin, found by a scan of the edges (once); false for a
   // ring the index cannot take.
   bool scan_margins(bool* segments_ok, double* max_margin) const;
@@ -158,6 +164,7 @@ class RingIndex {
   mutable int state_ = -1;
   mutable uint32_t queries_ = 0;
   mutable Tables tables_;
+  mutable uint32_t scans_ = 0;  // scans made by box_clear and locate_by_scan before a build
   // What scan_margins found for box_clear before a build: 0 not scanned, 1 scanned, -1 refused.
   mutable int scanned_ = 0;
   mutable bool scanned_segments_ok_ = false;
