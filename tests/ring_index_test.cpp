@@ -190,6 +190,8 @@ TEST(RingIndex, ClearBoxesHoldNothingNearTheRing) {
     const bool closed = pts.front().x == pts.back().x && pts.front().y == pts.back().y;
     for (double t : kTolerances) {
       const Indexed ix(plain, t);
+      xg::RingIndex shared;  // scans a dozen times, then is built
+      ASSERT_TRUE(shared.prepare(plain, t));
       Rng rng(static_cast<uint64_t>(t * 1e9) + pts.size());
       for (int q = 0; q < 400; ++q) {
         SCOPED_TRACE(testing::Message() << name << " t=" << t << " q=" << q);
@@ -201,6 +203,8 @@ TEST(RingIndex, ClearBoxesHoldNothingNearTheRing) {
         const bool points = closed && q % 4 != 0;
         const bool by_scan = scanned.box_clear(box, t, points), by_index = ix.index.box_clear(box, t, points);
         ASSERT_TRUE(by_index || !by_scan);
+        ASSERT_TRUE(by_index || !shared.box_clear(box, t, points));
+        ASSERT_EQ(shared.locate_by_scan(c), xg::ring_relation(c, plain, t));
         scans += by_scan;
         if (!by_index) continue;
         ++clear[points];
