@@ -179,6 +179,54 @@ TEST(RingIndex, AnOpenRunEndingOnASegmentSplitsItsStretches) {
   EXPECT_EQ(xg::segment_enters_ring(P(0, 0), P(10, 0), ix.span, 1e-6), 1);
 }
 
+TEST(RingIndex, ClearBoxesHoldNothingNearTheRing) {
+  // A box found clear, by the scan before the build or by the built index (which the scan never
+  // contradicts), holds no point or segment that meets the ring; with points, every point in
+  // it has one relation to an exactly closed ring, and a segment in it leaves just when that
+  // relation is "outside".
+  int clear[2] = {0, 0}, scans = 0;
+  for (const auto& [name, pts] : shapes()) {
+    const xg::Span plain = span(pts);
+    const bool closed = pts.front().x == pts.back().x && pts.front().y == pts.back().y;
+    for (double t : kTolerances) {
+      const Indexed ix(plain, t);
+      xg::RingIndex shared;  // scans a dozen times, then is built
+      ASSERT_TRUE(shared.prepare(plain, t));
+      Rng rng(static_cast<uint64_t>(t * 1e9) + pts.size());
+      for (int q = 0; q < 400; ++q) {
+        SCOPED_TRACE(testing::Message() << name << " t=" << t << " q=" << q);
+        xg::RingIndex scanned;  // new each time: scans, never built
+        ASSERT_TRUE(scanned.prepare(plain, t));
+        const double w = q % 2 ? uniform(rng, 0.01, 1) : uniform(rng, 1, 40);
+        const _xgWKB_POINT c = q % 3 ? probe(rng, pts, t) : P(uniform(rng, kX0 - 110, kX0 + 110), uniform(rng, kY0 - 110, kY0 + 110));
+        const _xgWKB_BOX box{c.x, c.y, c.x + w, c.y + uniform(rng, 0.01, 1) * w};
+        const bool points = closed && q % 4 != 0;
+        const bool by_scan = scanned.box_clear(box, t, points), by_index = ix.index.box_clear(box, t, points);
+        ASSERT_TRUE(by_index || !by_scan);
+        ASSERT_TRUE(by_index || !shared.box_clear(box, t, points));
+        ASSERT_EQ(shared.locate_by_scan(c), xg::ring_relation(c, plain, t));
+        scans += by_scan;
+        if (!by_index) continue;
+        ++clear[points];
+        auto inside = [&] { return P(uniform(rng, box.minx, box.maxx), uniform(rng, box.miny, box.maxy)); };
+        const int32_t rel = xg::ring_relation(inside(), plain, t);
+        for (int k = 0; k < 10; ++k) {
+          const _xgWKB_POINT a = inside(), b = inside();
+          for (uint32_t j = 0; j + 1 < plain.n; ++j) {
+            ASSERT_EQ(xg::segment_meet(a, b, plain.p[j], plain.p[j + 1], t, nullptr), 0);
+          }
+          if (!points) continue;
+          ASSERT_EQ(xg::ring_relation(a, plain, t), rel);
+          ASSERT_EQ(xg::segment_leaves_ring(a, b, plain, t), rel == 0 ? 1 : 0);
+        }
+      }
+    }
+  }
+  EXPECT_GT(clear[0], 200);
+  EXPECT_GT(clear[1], 500);
+  EXPECT_GT(scans, 300);
+}
+
 // ---- when the index stays out ------------------------------------------------------------
 
 TEST(RingIndex, IsNotUsedForOtherTolerances) {

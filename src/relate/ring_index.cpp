@@ -1,6 +1,7 @@
 // ring_index.cpp - building the edge index of a ring, and the point locators that use it.
 #include "relate/ring_index.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <new>
@@ -14,6 +15,10 @@ namespace {
 // Queries answered by the plain loops before the index is built: a build costs about as much
 // as a few scans of the ring.
 constexpr uint32_t kQueriesBeforeBuild = 4;
+
+// Scans for box_clear and locate_by_scan before the index is built instead: a scan costs a
+// small part of a build, so a ring asked many times is indexed after a bounded waste.
+constexpr uint32_t kScansBeforeBuild = 12;
 
 // Band filing repeats an edge in every band its range spans; past this many entries per edge
 // on the whole the bands are made coarser.
@@ -75,9 +80,12 @@ bool RingIndex::build() const {
       const double miny = a.y < b.y ? a.y : b.y;
       const double maxy = a.y < b.y ? b.y : a.y;
       Edge& e = tb.edges[j];
-      e = Edge{miny - g, maxy + g, a.x < b.x ? a.x : b.x, a.x < b.x ? b.x : a.x};
-      all = _xgWKB_BOX{std::fmin(all.minx, e.minx), std::fmin(all.miny, e.lo),
-                       std::fmax(all.maxx, e.maxx), std::fmax(all.maxy, e.hi)};
+      e = Edge{miny - g, maxy + g};
+      // Plain comparisons: the points are finite (indexable), so no NaN reaches them.
+      if (minx_of(j) < all.minx) all.minx = minx_of(j);
+      if (e.lo < all.miny) all.miny = e.lo;
+      if (maxx_of(j) > all.maxx) all.maxx = maxx_of(j);
+      if (e.hi > all.maxy) all.maxy = e.hi;
       height += e.hi - e.lo;
     }
     // Bands tall enough that an edge spans about three on the whole (at most one per two
@@ -95,23 +103,29 @@ bool RingIndex::build() const {
     }
     // The edges in column order of their left ends (a counting sort), then filed band by band.
     tb.columns.fit(all.minx, all.maxx, edges / 2);
+    std::vector<uint32_t> column(edges);  // of each edge's left end
     std::vector<uint32_t> order(edges);
     {
       std::vector<uint32_t> at(tb.columns.count + 1, 0);
-      for (const Edge& e : tb.edges) ++at[tb.columns.at(e.minx) + 1];
+      for (uint32_t j = 0; j < edges; ++j) {
+        column[j] = tb.columns.at(minx_of(j));
+        ++at[column[j] + 1];
+      }
       for (uint32_t c = 0; c < tb.columns.count; ++c) at[c + 1] += at[c];
-      for (uint32_t j = 0; j < edges; ++j) order[at[tb.columns.at(tb.edges[j].minx)]++] = j;
+      for (uint32_t j = 0; j < edges; ++j) order[at[column[j]]++] = j;
     }
     const uint32_t count = tb.bands.count;
     tb.starts.assign(count + 1, 0);
     tb.widths.assign(count, 0);
-    for (const Edge& e : tb.edges) {
-      const uint32_t width = tb.columns.at(e.maxx) - tb.columns.at(e.minx);
+    for (uint32_t j = 0; j < edges; ++j) {
+      const Edge& e = tb.edges[j];
+      const uint32_t width = tb.columns.at(maxx_of(j)) - column[j];
       for (uint32_t b = tb.bands.at(e.lo), last = tb.bands.at(e.hi); b <= last; ++b) {
         ++tb.starts[b + 1];
         if (width > tb.widths[b]) tb.widths[b] = width;
       }
     }
+    std::vector<uint32_t>().swap(column);  // freed before the entries are allocated
     for (uint32_t b = 0; b < count; ++b) tb.starts[b + 1] += tb.starts[b];
     tb.entries.resize(total);
     std::vector<uint32_t> next(tb.starts.begin(), tb.starts.end() - 1);
@@ -140,7 +154,12 @@ bool RingIndex::build() const {
 // 1e-150 are refused, so that t * t does not underflow.
 bool RingIndex::segment_margin(const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t,
                                double* margin) const {
-  if (!tables_.segments_ok || !(t >= 1e-150) || !indexable(a) || !indexable(b)) return false;
+  return margin_for(tables_.segments_ok, a, b, t, margin);
+}
+
+bool RingIndex::margin_for(bool segments_ok, const _xgWKB_POINT& a, const _xgWKB_POINT& b,
+                           double t, double* margin) const {
+  if (!segments_ok || !(t >= 1e-150) || !indexable(a) || !indexable(b)) return false;
   _xgWKB_BOX all = box_;
   box_add(&all, a);
   box_add(&all, b);
@@ -149,6 +168,117 @@ bool RingIndex::segment_margin(const _xgWKB_POINT& a, const _xgWKB_POINT& b, dou
   const double reach = std::fmax(reach_, std::fmax(std::fmax(std::fabs(a.x), std::fabs(a.y)),
                                                    std::fmax(std::fabs(b.x), std::fabs(b.y))));
   *margin = 2 * t + 1e-12 * (reach + size);
+  return true;
+}
+
+bool RingIndex::scan_margins(bool* segments_ok, double* max_margin) const {
+  if (scanned_ == 0) {
+    // The margin of the ring's box bounds every edge's (it grows with the size, and rounds
+    // monotonely), and a larger margin only widens what the scans look at.
+    scanned_max_margin_ = touch_margin(_xgWKB_POINT{box_.minx, box_.miny},
+                                       _xgWKB_POINT{box_.maxx, box_.maxy}, t_);
+    scanned_segments_ok_ = true;
+    scanned_ = 1;
+    for (uint32_t j = 0; j < n_; ++j) {
+      if (!indexable(p_[j])) {
+        scanned_ = -1;
+        break;
+      }
+      if (j + 1 < n_) {
+        const double d2 = dist2(p_[j], p_[j + 1]);
+        scanned_segments_ok_ = scanned_segments_ok_ && !(d2 != 0 && d2 < 1e-200);
+      }
+    }
+  }
+  *segments_ok = scanned_segments_ok_;
+  *max_margin = scanned_max_margin_;
+  return scanned_ > 0;
+}
+
+bool RingIndex::may_scan() const {
+  if (state_ != 0) return false;
+  if (++scans_ <= kScansBeforeBuild) return true;
+  state_ = build() ? 1 : -1;
+  if (state_ < 0) tables_ = Tables();
+  return false;
+}
+
+int32_t RingIndex::locate_by_scan(const _xgWKB_POINT& p) const {
+  if (!may_scan() && state_ == 1) return indexed_ring_relation(p, Span{p_, n_, box_, this}, t_);
+  bool segments_ok = false;
+  double g = 0;
+  if (state_ != 0 || !scan_margins(&segments_ok, &g) || !indexable(p)) return ring_relation(p, p_, n_, t_);
+  // ring_relation's walk, passing over the edges whose y-range grown by g (at least their own
+  // touch_margin) misses p.y: they neither hold p nor flip the parity.
+  int32_t inside = 0;
+  for (uint32_t i = 1; i < n_; ++i) {
+    const double y0 = p_[i - 1].y;
+    const double y1 = p_[i].y;
+    if (p.y < (y0 < y1 ? y0 : y1) - g || p.y > (y0 < y1 ? y1 : y0) + g) continue;
+    if (ring_edge_step(p, p_[i - 1], p_[i], t_, &inside)) return 2;
+  }
+  return inside;
+}
+
+bool RingIndex::box_clear(const _xgWKB_BOX& box, double t, bool with_points) const {
+  if (state_ < 0 || t != t_ || !(t > 0)) return false;
+  bool segments_ok = tables_.segments_ok;
+  double max_margin = tables_.max_margin;
+  if (state_ == 0 && !scan_margins(&segments_ok, &max_margin)) return false;
+  double margin = t;
+  if (with_points) {
+    // The margin for the box's corners bounds that of every segment inside the box (the box
+    // around ring and segment, and the largest coordinate, only grow), and reach_for grows with
+    // the distance of x from 0.
+    double segments = 0;
+    if (!margin_for(segments_ok, _xgWKB_POINT{box.minx, box.miny}, _xgWKB_POINT{box.maxx, box.maxy}, t,
+                    &segments)) {
+      return false;
+    }
+    const double x = std::fmax(std::fabs(box.minx), std::fabs(box.maxx));
+    margin = std::fmax(margin, std::fmax(segments, max_margin + 1e-12 * (reach_ + x)));
+  }
+  if (margin <= clear_margin_ && box.minx == clear_box_.minx && box.miny == clear_box_.miny &&
+      box.maxx == clear_box_.maxx && box.maxy == clear_box_.maxy) {
+    return true;
+  }
+  // Past a number of scans the index is built and asked instead (the margins found by the scan
+  // bound the built ones).
+  if (!may_scan() && state_ != 1) return false;
+  const bool clear = state_ == 1 ? !edges_near(box, margin, [](uint32_t) { return true; })
+                                 : scan_clear(box, margin, max_margin);
+  if (clear) {
+    clear_box_ = box;
+    clear_margin_ = margin;
+  }
+  return clear;
+}
+
+bool RingIndex::scan_clear(const _xgWKB_BOX& box, double margin, double max_margin) const {
+  // The test edges_near makes of each edge, on every edge, with each y-range grown by the
+  // largest margin rather than its own (an edge apart from the box so is apart with its own).
+  // An edge is apart when both its ends lie left of the grown box, or both right, below or
+  // above: each vertex gets one bit per side, and an edge is apart when its ends share one.
+  const double minx = box.minx - margin;
+  const double maxx = box.maxx + margin;
+  const double miny = box.miny - margin;
+  const double maxy = box.maxy + margin;
+  auto sides = [&](const _xgWKB_POINT& q) {
+    return (q.x < minx ? 1u : 0u) | (q.x > maxx ? 2u : 0u) | (q.y + max_margin < miny ? 4u : 0u) |
+           (q.y - max_margin > maxy ? 8u : 0u);
+  };
+  if (n_ < 2) return true;
+  unsigned last = sides(p_[0]);
+  for (uint32_t first = 1; first < n_; first += 64) {
+    const uint32_t end = std::min(first + 64, n_);
+    bool near = false;
+    for (uint32_t j = first; j < end; ++j) {
+      const unsigned here = sides(p_[j]);
+      near |= (here & last) == 0;
+      last = here;
+    }
+    if (near) return false;
+  }
   return true;
 }
 

@@ -13,7 +13,9 @@
 // The index is attached to a Span (Span::index) by the callers that test one ring many times;
 // the tests in point_runs.h and segment_tests.h use it when present.  It is built on demand: a
 // ring asked only a few times is answered by the plain loops and never pays for the build.
-// Rings of up to kPlainRingPoints points are never indexed.
+// Rings of up to kPlainRingPoints points are never indexed.  Whether a box lies clear of the
+// ring (box_clear) is answered before any build by a scan, so that a ring only asked that about
+// far boxes is never indexed.
 #ifndef XGGEO_RELATE_RING_INDEX_H
 #define XGGEO_RELATE_RING_INDEX_H
 
@@ -81,13 +83,30 @@ class RingIndex {
   template <class F>
   bool edges_near(const _xgWKB_BOX& box, double margin, F&& f) const;
 
+  // True when no edge comes near box (whose corners must be indexable) under tolerance t > 0:
+  // edges_near offers no edge within t of it, nor within the margin segment_margin gives any
+  // segment inside it, nor (with_points) within reach_for of any point inside it.  Every query
+  // of those kinds inside box is then offered no edge.  Answered by one query once the index is
+  // built; before that by a scan of the edges, with the build's own numbers, that counts as no
+  // query: a ring asked only a few times about far boxes is never indexed (a bounded number of
+  // scans builds it).  False when the index cannot take the ring or t, or the numbers refuse
+  // segment queries.
+  bool box_clear(const _xgWKB_BOX& box, double t, bool with_points) const;
+
+  // ring_relation(p, ring, t) for the index's tolerance, by a walk over the edges that passes
+  // over those whose y-range is far from p's; after a number of such scans, through the index
+  // (built then).
+  int32_t locate_by_scan(const _xgWKB_POINT& p) const;
+
  private:
+  // The grown y-range of an edge; its x-range (not grown) is read from the ring's points.
   struct Edge {
-    double lo;  // grown y-range
+    double lo;
     double hi;
-    double minx;  // x-range, not grown
-    double maxx;
   };
+
+  double minx_of(uint32_t j) const { return p_[j].x < p_[j + 1].x ? p_[j].x : p_[j + 1].x; }
+  double maxx_of(uint32_t j) const { return p_[j].x < p_[j + 1].x ? p_[j + 1].x : p_[j].x; }
 
   // A monotone split of [origin, origin + count / per_unit) into count equal slots; values
   // beyond either end go to the end slots.
@@ -120,6 +139,21 @@ class RingIndex {
 
   bool build() const;
 
+  // True when a scan may answer in place of the index: not built yet, and not too many scans
+  // made; the scan that is one too many builds the index instead (false then).
+  bool may_scan() const;
+
+  // The build's segments_ok and max_margin, found by a scan of the edges (once); false for a
+  // ring the index cannot take.
+  bool scan_margins(bool* segments_ok, double* max_margin) const;
+
+  // No edge, its y-range grown by max_margin, comes within margin of box: a scan of them all.
+  bool scan_clear(const _xgWKB_BOX& box, double margin, double max_margin) const;
+
+  // segment_margin with the given segments_ok.
+  bool margin_for(bool segments_ok, const _xgWKB_POINT& a, const _xgWKB_POINT& b, double t,
+                  double* margin) const;
+
   const _xgWKB_POINT* p_ = nullptr;
   uint32_t n_ = 0;
   double t_ = 0;
@@ -130,6 +164,15 @@ class RingIndex {
   mutable int state_ = -1;
   mutable uint32_t queries_ = 0;
   mutable Tables tables_;
+  mutable uint32_t scans_ = 0;  // scans made by box_clear and locate_by_scan before a build
+  // What scan_margins found for box_clear before a build: 0 not scanned, 1 scanned, -1 refused.
+  mutable int scanned_ = 0;
+  mutable bool scanned_segments_ok_ = false;
+  mutable double scanned_max_margin_ = 0;
+  // The last box box_clear found clear, and its margin: asked again with no larger a margin (a
+  // run tested first with points, then without), it answers at once.
+  mutable _xgWKB_BOX clear_box_{};
+  mutable double clear_margin_ = -1;
 };
 
 // A list of runs (the rings of a polygon, or all the runs of a shape) with a RingIndex attached
@@ -194,7 +237,7 @@ bool RingIndex::edges_at_side(double y, double x, double reach, bool* skipped_ri
     uint32_t lo = begin, hi = end;
     while (lo < hi) {
       const uint32_t mid = lo + (hi - lo) / 2;
-      if (tb.columns.at(tb.edges[tb.entries[mid]].minx) < column) {
+      if (tb.columns.at(minx_of(tb.entries[mid])) < column) {
         lo = mid + 1;
       } else {
         hi = mid;
@@ -233,7 +276,7 @@ bool RingIndex::edges_near(const _xgWKB_BOX& box, double margin, F&& f) const {
     uint32_t hi = tb.starts[b + 1];
     while (lo < hi) {
       const uint32_t mid = lo + (hi - lo) / 2;
-      if (tb.columns.at(tb.edges[tb.entries[mid]].minx) < from) {
+      if (tb.columns.at(minx_of(tb.entries[mid])) < from) {
         lo = mid + 1;
       } else {
         hi = mid;
@@ -242,8 +285,9 @@ bool RingIndex::edges_near(const _xgWKB_BOX& box, double margin, F&& f) const {
     for (uint32_t k = lo; k < tb.starts[b + 1]; ++k) {
       const uint32_t j = tb.entries[k];
       const Edge& e = tb.edges[j];
-      if (tb.columns.at(e.minx) > c1) break;  // this edge and all after it start right of the box
-      if (e.maxx < minx || e.minx > maxx || e.hi < miny || e.lo > maxy) continue;
+      const double e_minx = minx_of(j);
+      if (tb.columns.at(e_minx) > c1) break;  // this edge and all after it start right of the box
+      if (maxx_of(j) < minx || e_minx > maxx || e.hi < miny || e.lo > maxy) continue;
       // An edge filed in several bands is offered from the first one the query shares.
       if (b != b0 && tb.bands.at(e.lo) != b) continue;
       if (f(j)) return true;

@@ -8,8 +8,11 @@
 //   stretches - the pieces of the segment between the ring vertices lying on it, each located
 //               by its midpoint (a segment running along edges and over a notch shows it there).
 // A ring carrying an edge index (ring_index.h) is searched through it; the answers are those of
-// the plain walks.
+// the plain walks.  Where the index shows a part of the other run to lie clear of the ring
+// (ClearChunks), that part is settled by one located vertex, or none, instead of a walk.
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "relate/planar.h"
 #include "relate/ring_index.h"
@@ -175,6 +178,68 @@ int32_t leaves_located(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const Span&
   return some_stretch_is(a, b, ring, t, 0) ? 1 : 0;
 }
 
+// Consecutive segments of a run are taken in chunks of this many when a chunk's box can be shown
+// to lie clear of an indexed ring's edges (see ClearChunks).
+constexpr uint32_t kChunkSegments = 32;
+
+// Splits a run into chunks of consecutive segments and tells, for each, whether its box lies
+// clear of the indexed ring's edges (RingIndex::box_clear): the index offers no edge within t
+// of the box, so that no segment of the chunk has its box within t of an edge's; and with
+// points, none within the margin of the segment tests either, so that the crossing test of
+// each segment is offered no edge and answers no (the plain walk answers the same: its
+// passages fire only at edges that truly cross the segment or at vertices within t of it), and
+// none within the point locator's reach: no vertex of the chunk lies on an edge, and every edge
+// whose y-range holds a vertex's y lies wholly left or right of the box, beyond the reach where
+// rounding could misjudge the side of its crossing.  In that case every vertex of the chunk has
+// the same relation to the ring, 0 or 1, when the ring is closed exactly (last point equal to
+// the first): the edges met by the horizontal band of the box form, right of it, pieces of the
+// ring that enter and leave the band through its top or bottom, so the parity of those crossing
+// the horizontal through a vertex, right of it, does not change within the band.
+bool exactly_closed(const Span& ring) {
+  return ring.n >= 2 && ring.p[0].x == ring.p[ring.n - 1].x && ring.p[0].y == ring.p[ring.n - 1].y;
+}
+
+class ClearChunks {
+ public:
+  // with_points: also require what the point locator needs (reach, exact closing).
+  ClearChunks(const Span& run, const Span& ring, double t, bool with_points)
+      : run_(run), ring_(ring), t_(t), with_points_(with_points) {
+    usable_ = run.n >= 2 && t > 0 && ring.index != nullptr && (!with_points || exactly_closed(ring));
+  }
+
+  // The whole run lies clear.  Tried once, before the ring's index need be built: when it
+  // answers yes, so does every chunk (a box inside a clear box is offered no edge either).
+  bool whole() {
+    if (whole_ == 0) whole_ = usable_ && clear_between(0, run_.n - 1) ? 1 : -1;
+    return whole_ > 0;
+  }
+
+  // The chunk of segments [first, first + kChunkSegments), cut at the run's end, lies clear.
+  bool clear(uint32_t first) {
+    if (whole()) return true;
+    if (!usable_ || !ring_.index->ready(t_)) return false;  // built after a few calls
+    return clear_between(first, std::min(first + kChunkSegments, run_.n - 1));
+  }
+
+ private:
+  // The points first..last lie clear.
+  bool clear_between(uint32_t first, uint32_t last) const {
+    _xgWKB_BOX box = empty_box();
+    for (uint32_t i = first; i <= last; ++i) {
+      if (!indexable(run_.p[i])) return false;
+      box_add(&box, run_.p[i]);
+    }
+    return ring_.index->box_clear(box, t_, with_points_);
+  }
+
+  const Span& run_;
+  const Span& ring_;
+  double t_;
+  bool with_points_;
+  bool usable_ = false;
+  int whole_ = 0;  // the whole run lies clear: 1, not: -1, not yet tried: 0
+};
+
 // Vertex relations to one ring, each computed once for the two segments that share the vertex.
 class VertexRelations {
  public:
@@ -221,12 +286,31 @@ int32_t ring_inside_ring(const Span& ring_a, const Span& ring_b, double t) {
   const IndexedSpan indexed(ring_b, t);
   const Span& ring = indexed.span();
   VertexRelations located(ring, t);
-  for (uint32_t i = 0; i + 1 < ring_a.n; ++i) {
-    const _xgWKB_POINT& a = ring_a.p[i];
-    const _xgWKB_POINT& b = ring_a.p[i + 1];
-    if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) return 0;
-    const int32_t ra = located.at(ring_a, i);
-    if (leaves_located(a, b, ring, t, ra, located.at(ring_a, i + 1))) return 0;
+  ClearChunks chunks(ring_a, ring, t, true);
+  // In a clear chunk all vertices share the first one's relation, 0 or 1, and no segment
+  // crosses the ring: each segment leaves when it is 0 and stays when it is 1.  When the whole
+  // run lies clear, one vertex is located for all, by a scan (the index answers the same), so
+  // that a ring asked only this is not indexed for it.
+  const int32_t whole = ring_a.n >= 2 && chunks.whole() ? ring.index->locate_by_scan(ring_a.p[0]) : 2;
+  // Every segment then stays inside; with all the points (free of NaN: the clear test took
+  // them) inside the ring's box, so do the segments' boxes, and the box test passes them all.
+  const _xgWKB_BOX& rb = ring.box;
+  if (whole == 1 && ring_a.box.minx >= rb.minx && ring_a.box.maxx <= rb.maxx &&
+      ring_a.box.miny >= rb.miny && ring_a.box.maxy <= rb.maxy) {
+    return 1;
+  }
+  for (uint32_t first = 0; first + 1 < ring_a.n; first += kChunkSegments) {
+    const uint32_t end = std::min(first + kChunkSegments, ring_a.n - 1);
+    const int32_t shared = whole != 2 ? whole : chunks.clear(first) ? located.at(ring_a, first) : 2;
+    if (shared == 0) return 0;
+    for (uint32_t i = first; i < end; ++i) {
+      const _xgWKB_POINT& a = ring_a.p[i];
+      const _xgWKB_POINT& b = ring_a.p[i + 1];
+      if (wkb_boxes_disjoint_tol(segment_box(a, b), ring.box, t)) return 0;
+      if (shared == 1) continue;
+      const int32_t ra = located.at(ring_a, i);
+      if (leaves_located(a, b, ring, t, ra, located.at(ring_a, i + 1))) return 0;
+    }
   }
   return 1;
 }
@@ -236,6 +320,25 @@ int32_t ring_overlaps_ring(const Span& ring_a, const Span& ring_b, double t) {
   if (ring_a.n == 1) return ring_relation(ring_a.p[0], ring_b, t) == 1 ? 1 : 0;
   const IndexedSpan indexed(ring_b, t);
   const Span& ring = indexed.span();
+  if (ring.index != nullptr && t > 0 && exactly_closed(ring)) {
+    // When the segments that meet the ring's box lie in a box clear of the ring (see
+    // ClearChunks), their vertices share one relation to it, 0 or 1, and none crosses it: the
+    // answer is whether that relation is "inside".  One vertex is located, by a scan.
+    _xgWKB_BOX near = empty_box();
+    uint32_t first = ring_a.n;
+    bool indexable_all = true;
+    for (uint32_t i = 0; i + 1 < ring_a.n; ++i) {
+      if (wkb_boxes_disjoint_tol(segment_box(ring_a.p[i], ring_a.p[i + 1]), ring.box, t)) continue;
+      if (first == ring_a.n) first = i;
+      indexable_all = indexable_all && indexable(ring_a.p[i]) && indexable(ring_a.p[i + 1]);
+      box_add(&near, ring_a.p[i]);
+      box_add(&near, ring_a.p[i + 1]);
+    }
+    if (first == ring_a.n) return 0;  // no segment comes near
+    if (indexable_all && ring.index->box_clear(near, t, true)) {
+      return ring.index->locate_by_scan(ring_a.p[first]) == 1 ? 1 : 0;
+    }
+  }
   VertexRelations located(ring, t);
   for (uint32_t i = 0; i + 1 < ring_a.n; ++i) {
     const _xgWKB_POINT& a = ring_a.p[i];
@@ -271,7 +374,59 @@ int32_t ring_overlaps_ring(const byte* ring_a, const byte* ring_b, double t) {
   return ring_overlaps_ring(load_run(ring_a, buf_a), load_run(ring_b, buf_b), t);
 }
 
+int32_t run_disjoint_from_ring(const Span& run, const Span& ring, double t) {
+  if (run.n < 2 || ring.n < 2 || !(t >= 0) || ring.index == nullptr) return runs_disjoint(run, ring, t);
+  ClearChunks chunks(run, ring, t, false);
+  if (chunks.whole()) return 1;  // checks the points as well
+  if (!ring.index->ready(t)) return runs_disjoint(run, ring, t);
+  for (uint32_t i = 0; i < run.n; ++i) {
+    if (!indexable(run.p[i])) return runs_disjoint(run, ring, t);
+  }
+  if (wkb_boxes_disjoint_tol(run.box, ring.box, t)) return 1;
+  // runs_disjoint asks whether some pair of segments meets; segment_meet answers 0 for every
+  // pair whose boxes are apart by more than t, and the index offers every edge whose box comes
+  // within t of the segment's (none for a chunk of segments clear of the ring).  The segments
+  // are passed in the order runs_disjoint passes them.
+  for (uint32_t i = 0; i + 1 < run.n; ++i) {
+    if (i % kChunkSegments == 0 && chunks.clear(i)) {
+      i += kChunkSegments - 1;
+      continue;
+    }
+    const _xgWKB_POINT& a = run.p[i];
+    const _xgWKB_POINT& b = run.p[i + 1];
+    const _xgWKB_BOX box = segment_box(a, b);
+    if (!boxes_meet(box, ring.box, t)) continue;
+    const bool meet = ring.index->edges_near(box, t, [&](uint32_t j) {
+      return segment_meet(a, b, ring.p[j], ring.p[j + 1], t, nullptr) != 0;
+    });
+    if (meet) return 0;
+  }
+  return 1;
+}
+
 namespace {
+
+// Points outside this box lie on no vertex and no edge of the run: the run's box grown by the
+// largest touch_margin of its edges (see reach_box), when the run holds no NaN and its
+// coordinates are small enough (below 1e9) that the rounding of the grown box cannot bring a
+// point outside it within t of a vertex.  Otherwise an infinite box, which rules nothing out.
+_xgWKB_BOX locate_window(const Span& run, double t);
+
+// True when no vertex of `run` (closing point left out) inside `window` can lie on `other`:
+// they all lie in a box clear of it with points (RingIndex::box_clear), which keeps them beyond
+// the reach of its edges.  False when that is not shown.
+bool none_on(const Span& run, const _xgWKB_BOX& window, const Span& other, double t) {
+  if (other.index == nullptr || !(t > 0)) return false;
+  _xgWKB_BOX box = empty_box();
+  bool any = false;
+  for (uint32_t i = 0; i + 1 < run.n; ++i) {
+    if (outside_box(run.p[i], window, 0)) continue;
+    if (!indexable(run.p[i])) return false;
+    box_add(&box, run.p[i]);
+    any = true;
+  }
+  return !any || other.index->box_clear(box, t, true);
+}
 
 // The two closed lines a and b meet in exactly one point.  Only vertices are examined: edges
 // crossing each other away from any vertex are no contact here.
@@ -280,11 +435,15 @@ int32_t closed_lines_touch(const Span& line_a, const Span& line_b, double t) {
   const IndexedSpan indexed_b(line_b, t);
   const Span& a = indexed_a.span();
   const Span& b = indexed_b.span();
+  // Vertices outside the other line's window locate nowhere on it and are passed over.
+  const _xgWKB_BOX window_a = locate_window(a, t);
+  const _xgWKB_BOX window_b = locate_window(b, t);
+  if (none_on(a, window_b, b, t) && none_on(b, window_a, a, t)) return 0;
   // Step 1: vertices of a (closing point left out) lying on b; at most one may.
   bool found = false;
   _xgWKB_POINT contact{};
   for (uint32_t i = 0; i + 1 < a.n; ++i) {
-    if (locate_on_run(a.p[i], b, t) == 0) continue;
+    if (outside_box(a.p[i], window_b, 0) || locate_on_run(a.p[i], b, t) == 0) continue;
     if (found) return 0;
     found = true;
     contact = a.p[i];
@@ -292,7 +451,7 @@ int32_t closed_lines_touch(const Span& line_a, const Span& line_b, double t) {
   // Step 2: vertices of b lying on a must all be that same contact; with none found in step 1,
   // at most one may.
   for (uint32_t i = 0; i + 1 < b.n; ++i) {
-    if (locate_on_run(b.p[i], a, t) == 0) continue;
+    if (outside_box(b.p[i], window_a, 0) || locate_on_run(b.p[i], a, t) == 0) continue;
     if (found) {
       if (!wkb_point_equal_tol(b.p[i], contact, t)) return 0;
     } else {
@@ -315,12 +474,27 @@ _xgWKB_BOX reach_box(const Span& run, double t) {
   return _xgWKB_BOX{run.box.minx - g, run.box.miny - g, run.box.maxx + g, run.box.maxy + g};
 }
 
+_xgWKB_BOX locate_window(const Span& run, double t) {
+  const double inf = std::numeric_limits<double>::infinity();
+  const _xgWKB_BOX all{-inf, -inf, inf, inf};
+  if (!(t >= 0 && t < 1)) return all;
+  for (uint32_t i = 0; i < run.n; ++i) {
+    const _xgWKB_POINT& p = run.p[i];
+    if (!(std::fabs(p.x) < 1e9 && std::fabs(p.y) < 1e9)) return all;  // NaN fails as well
+  }
+  // A vertex v counts as p when |p.x - v.x| < t; outside the window p.x lies more than the
+  // margin (t + 0.0001 at least) from v.x, less the rounding of the grown box (below 1e-7).
+  return reach_box(run, t);
+}
+
 // The box of `of` lies wholly outside `reach`.
 bool box_outside(const _xgWKB_BOX& of, const _xgWKB_BOX& reach) {
   return of.maxx < reach.minx || of.minx > reach.maxx || of.maxy < reach.miny || of.miny > reach.maxy;
 }
 
 }  // namespace
+
+_xgWKB_BOX ring_reach_box(const Span& run, double t) { return reach_box(run, t); }
 
 int32_t lines_touch(const Span& a, const Span& b, double t) {
   if (!run_is_closed(a, t) || !run_is_closed(b, t)) return 0;

@@ -95,6 +95,14 @@ int32_t lines_touch(const Span& a, const Span& b, double t);
 // that lines_touch answers 0.  The runs must hold no NaN coordinate (a box does not show one).
 bool lines_out_of_reach(const Span& a, const Span& b, double t);
 
+// runs_disjoint(run, ring, t), answered through the ring's edge index when it carries a built
+// one (the answer is the same).
+int32_t run_disjoint_from_ring(const Span& run, const Span& ring, double t);
+
+// The run's box grown by the largest touch_margin of its edges: for a run free of NaN, no vertex
+// or edge of it relates to a point outside (lines_out_of_reach compares these boxes).
+_xgWKB_BOX ring_reach_box(const Span& run, double t);
+
 // 1 when segment (a, b) reaches the polygon's interior: it enters the outer ring and does not
 // stay inside (or on) one hole.
 int32_t segment_enters_polygon(const _xgWKB_POINT& a, const _xgWKB_POINT& b, const PolySpans& polygon,
