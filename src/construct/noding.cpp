@@ -3,7 +3,9 @@
 // The segments of all members are swept in order of their left edge so that only segments whose
 // boxes overlap within the tolerance are given to the segment intersection test.  Every meeting
 // is computed once, for the pair, and the same point cuts both members, so the pieces of the two
-// members share their end points exactly.
+// members share their end points exactly.  A stretch of repeated points is one segment for the
+// sweep, and what meets it is recorded once for the whole stretch (vertex cuts as ranges), so
+// n copies of a point cost a few records rather than one per copy.
 #include "construct/noding.h"
 
 #include <algorithm>
@@ -217,7 +219,10 @@ class Noder {
                                      cuts_[c].index <= i;
            ++c) {
         const _xgWKB_POINT at = cuts_[c].at;
-        for (uint32_t k = 0; k < cuts_[c].times; ++k) {
+        // Once a cut is made (or passed over) at a point that equals itself within t, its
+        // repeats all fall within t of the piece's last point: one round does for all.
+        const uint32_t times = wkb_point_equal_tol(at, at, t_) ? 1 : cuts_[c].times;
+        for (uint32_t k = 0; k < times; ++k) {
           if (wkb_point_equal_tol(at, last_written, t_)) continue;  // met twice at one place
           sink.point(at);
           sink.end();
