@@ -17,11 +17,10 @@
 namespace xg {
 namespace {
 
+// The end points are read from the member when needed: the sweep looks at boxes only.
 struct Segment {
   uint32_t member;
   uint32_t index;  // segment i runs from vertex i to vertex i + 1
-  _xgWKB_POINT a;
-  _xgWKB_POINT b;
   _xgWKB_BOX box;
   // Segments index .. index + copies - 1 are this same segment of length 0 (a stretch of
   // repeated points): they meet everything alike, so they are met once, for all of them.
@@ -94,13 +93,13 @@ class Noder {
         const _xgWKB_POINT next = r.point(i + 1);
         if (i > 0 && same_bits(prev, next) && !segments_.empty()) {
           Segment& last = segments_.back();
-          if (last.member == m && same_bits(last.a, prev) && same_bits(last.b, prev) &&
-              last.index + last.copies == i) {
+          if (last.member == m && last.index + last.copies == i &&
+              same_bits(r.point(last.index), prev) && same_bits(r.point(last.index + 1), prev)) {
             ++last.copies;
             continue;
           }
         }
-        Segment s{m, i, prev, next, {}, 1};
+        Segment s{m, i, {}, 1};
         wkb_box_of_two_points(prev, next, &s.box);
         segments_.push_back(s);
         prev = next;
@@ -126,53 +125,65 @@ class Noder {
   // Every copy of s meets every copy of o: a cut of s is made once per copy of o (repeated
   // cuts at a vertex change nothing, but repeated cuts inside a segment do where t is 0).
   void meet(const Segment& s, const Segment& o) {
+    const Ends se = ends(s);
+    const Ends oe = ends(o);
     _xgWKB_POINT at{};
-    switch (segment_meet(s.a, s.b, o.a, o.b, t_, &at)) {
+    switch (segment_meet(se.a, se.b, oe.a, oe.b, t_, &at)) {
       case 1:
-        cut(s, at, o.copies);
-        cut(o, at, s.copies);
+        cut(s, se, at, o.copies);
+        cut(o, oe, at, s.copies);
         return;
       case 2:
         // Running along each other: each is cut where the other one ends inside it.
-        cut_inside(s, o.a, o.copies);
-        cut_inside(s, o.b, o.copies);
-        cut_inside(o, s.a, s.copies);
-        cut_inside(o, s.b, s.copies);
+        cut_inside(s, se, oe.a, o.copies);
+        cut_inside(s, se, oe.b, o.copies);
+        cut_inside(o, oe, se.a, s.copies);
+        cut_inside(o, oe, se.b, s.copies);
         return;
       default:
         return;
     }
   }
 
-  // Position of p along segment s, 0 at a and 1 at b.
-  static double param_of(const Segment& s, const _xgWKB_POINT& p) {
-    const double dx = s.b.x - s.a.x;
-    const double dy = s.b.y - s.a.y;
+  // The end points of segment s (for a stretch of copies, its first one).
+  struct Ends {
+    _xgWKB_POINT a;
+    _xgWKB_POINT b;
+  };
+  Ends ends(const Segment& s) const {
+    const PointRun& r = runs_[s.member];
+    return Ends{r.point(s.index), r.point(s.index + 1)};
+  }
+
+  // Position of p along segment e, 0 at a and 1 at b.
+  static double param_of(const Ends& e, const _xgWKB_POINT& p) {
+    const double dx = e.b.x - e.a.x;
+    const double dy = e.b.y - e.a.y;
     const double len2 = dx * dx + dy * dy;
     if (len2 == 0) return 0;
-    return ((p.x - s.a.x) * dx + (p.y - s.a.y) * dy) / len2;
+    return ((p.x - e.a.x) * dx + (p.y - e.a.y) * dy) / len2;
   }
 
   // A cut of s at p (times over) when p lies strictly between s's end points.
-  void cut_inside(const Segment& s, const _xgWKB_POINT& p, uint32_t times) {
-    const double param = param_of(s, p);
-    if (param > 0 && param < 1) cut(s, p, times);
+  void cut_inside(const Segment& s, const Ends& e, const _xgWKB_POINT& p, uint32_t times) {
+    const double param = param_of(e, p);
+    if (param > 0 && param < 1) cut(s, e, p, times);
   }
 
-  void cut(const Segment& s, const _xgWKB_POINT& at, uint32_t times) {
+  void cut(const Segment& s, const Ends& e, const _xgWKB_POINT& at, uint32_t times) {
     const uint32_t last = runs_[s.member].size() - 1;
     // A meeting at a vertex cuts there; a member's own end points cut nothing.  Each copy of a
     // repeated segment is cut as it would be on its own: copy k at vertex k (at a) or k + 1
     // (at b).
-    if (wkb_point_equal_tol(at, s.a, t_)) {
+    if (wkb_point_equal_tol(at, e.a, t_)) {
       cut_vertices(s.member, std::max<uint32_t>(s.index, 1), s.index + s.copies);
       return;
     }
-    if (wkb_point_equal_tol(at, s.b, t_)) {
+    if (wkb_point_equal_tol(at, e.b, t_)) {
       cut_vertices(s.member, s.index + 1, std::min(s.index + s.copies + 1, last));
       return;
     }
-    cuts_.push_back({s.member, s.index, s.copies, times, param_of(s, at), at});
+    cuts_.push_back({s.member, s.index, s.copies, times, param_of(e, at), at});
   }
 
   void cut_vertices(uint32_t member, uint32_t first, uint32_t last) {
