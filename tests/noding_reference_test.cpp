@@ -162,7 +162,7 @@ TEST(NodingReferenceTest, OutputBytesMatchThePlainAllPairsNoder) {
 // or as a polygon's rings; long runs of copies stay one piece per copy.
 TEST(NodingReferenceTest, SimpleLineExportMatchesTheReference) {
   const _xgWKB_POINT p{kX0, kY0};
-  const std::vector<Ring> copies = {Ring(2000, p), Ring(1500, p)};
+  const std::vector<Ring> copies = {Ring(300, p), Ring(200, p)};
   Reference ref{copies, 1e-4, {}};
   const Bytes expected = multiline(ref.pieces());
   unsigned char* out = nullptr;
