@@ -171,6 +171,12 @@ TEST(NodingReferenceTest, SimpleLineExportMatchesTheReference) {
   out = nullptr;
   ASSERT_EQ(xgWKB_shape_as_simple_line(polygon(copies).data(), &out), XGWKB_OK);
   EXPECT_EQ(take_shape(out), expected);
+  // A multilinestring holding a foreign member reports success and stores nothing.
+  out = nullptr;
+  const Bytes bad =
+      multi(XGWKB_TYPE_MULTILINESTRING, {linestring({p, {kX0 + 1, kY0}}), point(kX0, kY0)});
+  EXPECT_EQ(xgWKB_shape_as_simple_line(bad.data(), &out), XGWKB_OK);
+  EXPECT_EQ(out, nullptr);
 }
 
 }  // namespace
