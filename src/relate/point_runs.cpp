@@ -60,7 +60,7 @@ bool count_points(const byte* shape, bool close_rings, std::size_t* points, std:
 
 }  // namespace
 
-bool ShapeRuns::load(const byte* shape, bool close_rings) {
+bool ShapeRuns::load(const byte* shape, bool close_rings, bool collapse) {
   type_ = shape_type(shape);
   pts_.clear();
   spans_.clear();
@@ -87,11 +87,20 @@ bool ShapeRuns::load(const byte* shape, bool close_rings) {
   SmallVec<uint32_t, 8> counts;
   auto copy_run = [&](const PointRun& r, bool ring) {
     offsets_.push_back(static_cast<uint32_t>(pts_.size()));
+    const std::size_t start = pts_.size();
     const uint32_t n = r.size();
-    for (uint32_t i = 0; i < n; ++i) pts_.push_back(r.point(i));
-    uint32_t stored = n;
-    if (ring && close_rings && n > 1) {
-      const _xgWKB_POINT first = pts_[pts_.size() - n];
+    for (uint32_t i = 0; i < n; ++i) {
+      const _xgWKB_POINT p = r.point(i);
+      // Dropped when the two points stored last in this run are both copies of it.
+      const std::size_t at = pts_.size();
+      if (collapse && at >= start + 2 && same_bits(p, pts_[at - 1]) && same_bits(p, pts_[at - 2])) {
+        continue;
+      }
+      pts_.push_back(p);
+    }
+    uint32_t stored = static_cast<uint32_t>(pts_.size() - start);
+    if (ring && close_rings && stored > 1) {
+      const _xgWKB_POINT first = pts_[start];
       const _xgWKB_POINT last = pts_.back();
       if (first.x != last.x || first.y != last.y) {
         pts_.push_back(first);
@@ -123,29 +132,6 @@ bool ShapeRuns::load(const byte* shape, bool close_rings) {
     box_merge(&box_, spans_.back().box);
   }
   return true;
-}
-
-void ShapeRuns::collapse_repeats() {
-  std::size_t out = 0;
-  for (std::size_t r = 0; r < spans_.size(); ++r) {
-    const std::size_t from = offsets_[r];
-    const uint32_t n = spans_[r].n;
-    const _xgWKB_BOX box = spans_[r].box;
-    offsets_[r] = static_cast<uint32_t>(out);
-    for (uint32_t i = 0; i < n; ++i) {
-      const _xgWKB_POINT p = pts_[from + i];
-      // Dropped when the two points written last are both copies of it.
-      if (i >= 2 && same_bits(p, pts_[out - 1]) && same_bits(p, pts_[out - 2]) &&
-          out - 2 >= offsets_[r]) {
-        continue;
-      }
-      pts_[out++] = p;
-    }
-    spans_[r].n = static_cast<uint32_t>(out - offsets_[r]);
-    spans_[r].box = box;
-  }
-  pts_.truncate(out);
-  for (std::size_t r = 0; r < spans_.size(); ++r) spans_[r].p = pts_.data() + offsets_[r];
 }
 
 }  // namespace xg

@@ -87,13 +87,13 @@ class ShapeRuns {
   // Unpacks a shape of type 1-6.  With close_rings, a ring whose last point differs from its
   // first gets the first point appended, so that its edges enclose it.  Returns false for any
   // other type or a multi-type member of a foreign type.
-  bool load(const byte* shape, bool close_rings);
-
-  // Shortens every stretch of three or more bit-identical consecutive points of a run to two.
-  // The run keeps the same distinct segments (one zero-length segment stands for the many), so
-  // the tests that look at segments one by one answer the same, while a run of n copies of one
-  // point no longer offers n squared pairs of segments.  Boxes stay as they are.
-  void collapse_repeats();
+  //
+  // With collapse, every stretch of three or more bit-identical consecutive points of a run is
+  // stored as two.  The run keeps the same distinct segments (one zero-length segment stands for
+  // the many), so the tests that look at segments one by one answer the same, while a run of n
+  // copies of one point neither offers n squared pairs of segments nor is copied n times.  Boxes
+  // cover the points as stored and dropped alike (they are the same points).
+  bool load(const byte* shape, bool close_rings, bool collapse = false);
 
   uint32_t type() const { return type_; }
   uint32_t part_count() const { return static_cast<uint32_t>(parts_.size()); }

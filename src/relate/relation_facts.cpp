@@ -22,8 +22,7 @@ bool RelateOperand::load(const byte* shape, double t, bool indexed) {
   } else {
     return false;
   }
-  if (!runs_.load(shape, dim_ == 2)) return false;
-  runs_.collapse_repeats();
+  if (!runs_.load(shape, dim_ == 2, true)) return false;
   ends_.clear();
   left_.clear();
   indexes_.clear();

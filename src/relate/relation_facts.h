@@ -63,7 +63,7 @@ class RelateOperand {
   RelateOperand& operator=(const RelateOperand&) = delete;
 
   // False for any other type or a malformed multi-type.  Stretches of repeated points are
-  // shortened (ShapeRuns::collapse_repeats).  With indexed, large runs get an edge index that
+  // shortened (ShapeRuns::load with collapse).  With indexed, large runs get an edge index that
   // locate() consults (same answers as the plain loops, which indexed = false keeps: the tests
   // compare the two).
   bool load(const byte* shape, double t, bool indexed = true);
