@@ -199,6 +199,33 @@ TEST(SegmentPairsTest, ManyRunsArePairedAsEveryPairOfRunsIs) {
   }
 }
 
+// The keys' sort, on the orders it meets: spread at random, rising and falling with jitter (a
+// smooth ring's chains), crowded onto a few values, and holding a NaN.  It keeps every key and
+// orders them by left edge.
+TEST(SegmentPairsTest, KeysSortByLeftEdgeWhateverTheirOrder) {
+  Rng rng(31);
+  for (int kind = 0; kind < 4; ++kind) {
+    xg::detail::SegmentKeys keys;
+    const uint32_t n = 20000 + 777 * kind;
+    for (uint32_t i = 0; i < n; ++i) {
+      double x = uniform(rng, 0, 1000);
+      if (kind == 1) x = 1000 * std::sin(M_PI * i / n) + uniform(rng, 0, 0.01);
+      if (kind == 2) x = static_cast<int>(x) % 3;
+      if (kind == 3 && i == n / 2) x = std::nan("");
+      keys.push_back(xg::detail::SegmentKey{{x, 0, x + 1, 1}, i, 0, 0, false, false});
+    }
+    xg::detail::sort_segment_keys(keys);
+    std::vector<bool> seen(n, false);
+    bool ordered = true;
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+      seen[keys[i].index] = true;
+      if (kind != 3 && i > 0) ordered = ordered && keys[i - 1].box.minx <= keys[i].box.minx;
+    }
+    EXPECT_TRUE(ordered) << kind;
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), true), n) << kind;
+  }
+}
+
 // Random lineal and areal shapes, some with holes, rings crossing themselves.
 Bytes random_shape(Rng& rng, int dim, int n, double t) {
   if (dim == 1) {

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <vector>
 
 #include "relate/point_runs.h"
 
@@ -37,9 +38,58 @@ struct SegmentKey {
 
 using SegmentKeys = SmallVec<SegmentKey, 64>;
 
+// Below this many keys std::sort sorts them.
+constexpr std::size_t kBucketSortKeys = 4096;
+
+// Sorts keys by their left edge.  Many keys are spread into as many buckets by the value of the
+// left edge (a counting sort of the bucket numbers, the keys then moved once into place), and
+// each bucket is sorted on its own: linear time for edges spread across the range, and immune
+// to the orders that degrade quicksort's pivots to its heap sort (the chains of a smooth ring
+// come rising and falling in x, with jitter).  Edges crowded into a few buckets are sorted
+// there by std::sort, as they would be without the buckets.
 inline void sort_segment_keys(SegmentKeys& keys) {
-  std::sort(keys.begin(), keys.end(),
-            [](const SegmentKey& l, const SegmentKey& r) { return l.box.minx < r.box.minx; });
+  auto by_minx = [](const SegmentKey& l, const SegmentKey& r) { return l.box.minx < r.box.minx; };
+  const std::size_t n = keys.size();
+  double lo = std::numeric_limits<double>::infinity(), hi = -lo;
+  for (const SegmentKey& k : keys) {
+    lo = k.box.minx < lo ? k.box.minx : lo;
+    hi = k.box.minx > hi ? k.box.minx : hi;
+  }
+  const double scale = static_cast<double>(n) / (hi - lo);
+  if (n < kBucketSortKeys || n > UINT32_MAX || !(scale > 0 && scale < 1e300)) {
+    std::sort(keys.begin(), keys.end(), by_minx);
+    return;
+  }
+  // The bucket of each key, then (once counted) the place it goes to.
+  std::vector<uint32_t> place(n);
+  std::vector<uint32_t> end(n, 0);  // end[b]: one past bucket b, once the keys are placed
+  for (std::size_t i = 0; i < n; ++i) {
+    const double f = (keys[i].box.minx - lo) * scale;  // rounds monotonely: scale > 0
+    if (!(f >= 0)) {  // a NaN edge: no order to bucket by
+      std::sort(keys.begin(), keys.end(), by_minx);
+      return;
+    }
+    place[i] = f < static_cast<double>(n - 1) ? static_cast<uint32_t>(f) : static_cast<uint32_t>(n - 1);
+    ++end[place[i]];
+  }
+  uint32_t sum = 0;
+  for (uint32_t& e : end) {
+    const uint32_t count = e;
+    e = sum;  // the bucket's start, moved on to its end as keys are placed
+    sum += count;
+  }
+  for (std::size_t i = 0; i < n; ++i) place[i] = end[place[i]]++;
+  // Moved by following the permutation's cycles: each key is written once where it belongs.
+  for (std::size_t i = 0; i < n; ++i) {
+    while (place[i] != i) {
+      const uint32_t to = place[i];
+      std::swap(keys[i], keys[to]);
+      std::swap(place[i], place[to]);
+    }
+  }
+  for (std::size_t b = 0, from = 0; b < n; from = end[b++]) {
+    if (end[b] - from > 1) std::sort(keys.begin() + from, keys.begin() + end[b], by_minx);
+  }
 }
 
 // The boxes of a run's segments, sorted by their left edge.
