@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <tuple>
 
@@ -253,13 +254,13 @@ class ContactWalk {
       : x_(x), y_(y), t_(t), transposed_(transposed), q_(q), search_(search), facts_(facts) {
     // Local walks need finite contact parameters (the sort of a segment's contacts must be a
     // strict order, as the full walk's is) and an edge index that can take the numbers.
-    local_ok_ = search->early_exit && t >= 0 && t < kIndexedRange &&
+    local_ok_ = search->shortcuts && t >= 0 && t < kIndexedRange &&
                 box_indexable(x.runs().box()) && box_indexable(y.runs().box());
     std::size_t points = 0;
     for (const ShapeRuns* s : {&x.runs(), &y.runs()}) {
       for (uint32_t r = 0; r < s->run_count(); ++r) points += s->run(r).n;
     }
-    compact_floor_ = 2 * points + 1024;
+    compact_floor_ = search->shortcuts ? 2 * points + 1024 : SIZE_MAX;
   }
 
   // Walks x's segments against y; returns true once the query is decided.

@@ -111,13 +111,14 @@ inline bool decides(FactBits f, FactQuery q) {
   return (f & q.stop_any) != 0 || (q.stop_all != 0 && (f & q.stop_all) == q.stop_all);
 }
 
-// How relate_facts searches.  With early_exit, a segment of the first shape found crossing the
-// second is walked on its own while the contacts are still being gathered, so that a query one
-// interior contact settles stops there instead of after gathering every contact; the answers
-// are those of the plain search (early_exit = false), which the tests compare it with.
-// local_walks receives the number of segments so walked.
+// How relate_facts searches.  With shortcuts, a segment of the first shape found crossing the
+// second (and, for large shapes, a sample of its segments) is walked on its own while the
+// contacts are still being gathered, so that a query one interior contact settles stops there
+// instead of after gathering every contact; and repeated contacts are dropped as the list
+// grows.  The answers are those of the plain search (shortcuts = false), which the tests
+// compare it with.  local_walks receives the number of segments walked on their own.
 struct FactSearch {
-  bool early_exit = true;
+  bool shortcuts = true;
   uint32_t local_walks = 0;
 };
 
