@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <random>
 #include <vector>
 
@@ -29,7 +30,8 @@ constexpr FactBits kBE = xg::fact(xg::kOn, xg::kOut);
 constexpr FactBits kEI = xg::fact(xg::kOut, xg::kIn);
 
 // What the predicates ask (touching, within, disjoint, crossing at equal and at lower
-// dimension, overlapping of areas and of lines), and a search that nothing stops.
+// dimension, overlapping of areas and of lines), and a search that nothing stops; the test
+// adds a search for each single fact.
 const FactQuery kQueries[] = {
     {kII, 0},      {kIE | kBE, 0},       {xg::kFirstMeetsSecond, 0},
     {xg::kSharedStretch, 0}, {0, kII | kIE}, {0, kII | kIE | kEI},
@@ -100,7 +102,7 @@ struct Pair {
 // Pairs of one family per trial: spiky stars overlapping, touching or apart (large enough for
 // the sampling that precedes the gathering), shapes sharing edges, a copy with vertices within
 // t of the original's edges and repeated points, lines across stars, zigzags across each other,
-// and fans sharing a hub.
+// vertices put on the other's edges, and fans sharing a hub.
 Pair make_pair(Rng& rng, int family, double t) {
   const bool large = family <= 2 && uniform(rng, 0, 1) < 0.4;
   const int n = static_cast<int>(large ? uniform(rng, 1030, 1300) : uniform(rng, 8, 200));
@@ -129,6 +131,17 @@ Pair make_pair(Rng& rng, int family, double t) {
     case 6:  // zigzags across each other, one of them in two members
       return {linestring(zigzag(rng, n, 0)),
               multiline({zigzag(rng, n / 2 + 2, 0.5 * kR), zigzag(rng, n / 2 + 2, -0.5 * kR)})};
+    case 7: {  // every other vertex put on an edge of the star (rounding decides the side)
+      Ring r;
+      for (int k = 0; k < 12; ++k) {
+        const std::size_t e = static_cast<std::size_t>(uniform(rng, 0, star.size() - 1));
+        const double u = uniform(rng, 0, 1);
+        r.push_back({star[e].x + u * (star[e + 1].x - star[e].x), star[e].y + u * (star[e + 1].y - star[e].y)});
+        r.push_back(at(uniform(rng, -1.2 * kR, 1.2 * kR), uniform(rng, -1.2 * kR, 1.2 * kR)));
+      }
+      r.push_back(r.front());
+      return {uniform(rng, 0, 1) < 0.5 ? polygon({r}) : linestring(r), polygon({star})};
+    }
     default:  // fans sharing a hub (every segment pair finds the hub)
       return {fan(rng, 40, kC), fan(rng, 40, kC)};
   }
@@ -152,7 +165,7 @@ Search search(const Bytes& a, const Bytes& b, double t, FactQuery q, bool shortc
 // plain search notes, and find those same facts when nothing stops the search.
 TEST(RelateEarlyExitTest, ShortcutsDecideEveryQueryAsThePlainSearch) {
   Rng rng(16);
-  constexpr int kFamilies = 8;
+  constexpr int kFamilies = 9;
   uint32_t walks[kFamilies] = {};
   for (int trial = 0; trial < 12 * kFamilies; ++trial) {
     const int family = trial % kFamilies;
@@ -164,7 +177,9 @@ TEST(RelateEarlyExitTest, ShortcutsDecideEveryQueryAsThePlainSearch) {
       if (order == 1 && xg::shape_type(a.data()) % 3 != xg::shape_type(b.data()) % 3) continue;
       // Asking for every fact at once runs every walk (stopping only once all are found).
       const FactBits full = search(a, b, t, FactQuery{0, 2 * xg::kSharedStretch - 1}, false).facts;
-      for (const FactQuery& q : kQueries) {
+      std::vector<FactQuery> queries(std::begin(kQueries), std::end(kQueries));
+      for (FactBits bit = 1; bit <= xg::kSharedStretch; bit <<= 1) queries.push_back({bit, 0});
+      for (const FactQuery& q : queries) {
         const Search fast = search(a, b, t, q, true);
         const FactBits plain = search(a, b, t, q, false).facts;
         walks[family] += fast.local_walks;

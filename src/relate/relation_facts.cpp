@@ -260,7 +260,7 @@ class ContactWalk {
     for (const ShapeRuns* s : {&x.runs(), &y.runs()}) {
       for (uint32_t r = 0; r < s->run_count(); ++r) points += s->run(r).n;
     }
-    compact_floor_ = search->shortcuts ? 2 * points + 1024 : SIZE_MAX;
+    compact_floor_ = search->shortcuts ? 4 * points + 1024 : SIZE_MAX;
   }
 
   // Walks x's segments against y; returns true once the query is decided.
