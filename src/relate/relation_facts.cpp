@@ -284,8 +284,8 @@ class ContactWalk {
   // Gathers the contacts, noting where each lies on both shapes as it is found (the walk notes
   // the same again in order); true, and the gathering stops, once that decides the query.  A
   // segment found crossing y may be walked on its own meanwhile (local_walk).  Repeated
-  // contacts are dropped whenever the list has doubled, so it holds O(n + k) contacts for k
-  // distinct ones.
+  // contacts are dropped once the list holds four per input point, and again each time it has
+  // doubled since, so that it holds O(n + k) contacts for k distinct ones.
   bool collect_contacts() {
     const ShapeRuns& xs = x_.runs();
     const ShapeRuns& ys = y_.runs();
