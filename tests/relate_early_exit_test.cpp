@@ -172,8 +172,9 @@ TEST(RelateEarlyExitTest, OverlappingStarsSettleTouchingAfterAFewSegments) {
     const Bytes b = polygon({star_ring(rng, at(0.8 * kR, 0.3 * kR), 0.8 * kR, kR, n)});
     const Search s = search(a, b, 1e-6, FactQuery{kII, 0}, true);
     EXPECT_NE(s.facts & kII, 0u) << n;
-    EXPECT_GT(s.local_walks, 0u) << n;
-    EXPECT_LT(s.local_walks, 80u) << n;
+    // Small: the first crossing segment settles it.  Large: the sampled segments up to the
+    // first one across the other's rim (most samples lie far from it, and note nothing).
+    EXPECT_LE(s.local_walks, n < 1024 ? 1u : 16u) << n;
   }
 }
 
