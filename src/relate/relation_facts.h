@@ -89,6 +89,10 @@ class RelateOperand {
 
   const SmallVec<_xgWKB_POINT, 8>& boundary_points() const { return ends_; }
 
+  // The edge index of run r when it answers segment queries with tolerance t, else null (a
+  // small run, an unindexed load, or an index not built yet: each call counts as a query).
+  const RingIndex* segment_index(uint32_t r, double t) const;
+
  private:
   Loc locate_lineal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const;
   Loc locate_areal(const _xgWKB_POINT& p, double t, EdgeHit* hit) const;
@@ -102,8 +106,25 @@ class RelateOperand {
   std::vector<RingIndex> indexes_;  // one per run when indexed (unprepared for small runs)
 };
 
+// Whether facts f decide query q.
+inline bool decides(FactBits f, FactQuery q) {
+  return (f & q.stop_any) != 0 || (q.stop_all != 0 && (f & q.stop_all) == q.stop_all);
+}
+
+// How relate_facts searches.  With shortcuts, a segment of the first shape found crossing the
+// second (and, for large shapes, a sample of its segments) is walked on its own while the
+// contacts are still being gathered, so that a query one interior contact settles stops there
+// instead of after gathering every contact; and repeated contacts are dropped as the list
+// grows.  The answers are those of the plain search (shortcuts = false), which the tests
+// compare it with.  local_walks receives the number of segments walked on their own.
+struct FactSearch {
+  bool shortcuts = true;
+  uint32_t local_walks = 0;
+};
+
 // The facts between a and b (a's dimension not above b's), searched until q is decided.
-FactBits relate_facts(const RelateOperand& a, const RelateOperand& b, double t, FactQuery q);
+FactBits relate_facts(const RelateOperand& a, const RelateOperand& b, double t, FactQuery q,
+                      FactSearch* search = nullptr);
 
 }  // namespace xg
 
