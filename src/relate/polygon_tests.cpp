@@ -67,6 +67,12 @@ int32_t ring_reaches_polygon(const Span& ring, const PolySpans& given, double t)
   // need of one) and reused by the segment pass.
   SmallVec<int8_t, 64> located;
   located.reserve(ring.n);
+  if (outer.index != nullptr) {
+    // Each vertex inside the polygon's box asks the outer ring once.
+    uint32_t asking = 0;
+    for (uint32_t i = 0; i < ring.n; ++i) asking += !outside_box(ring.p[i], polygon.box(), t);
+    outer.index->expect_queries(asking);
+  }
   for (uint32_t i = 0; i < ring.n; ++i) {
     const _xgWKB_POINT& p = ring.p[i];
     int32_t r = -1;

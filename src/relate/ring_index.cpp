@@ -47,6 +47,12 @@ bool RingIndex::ready(double t) const {
   return state_ == 1;
 }
 
+void RingIndex::expect_queries(uint32_t queries) const {
+  if (state_ == 0 && queries >= kQueriesBeforeBuild && queries_ + 1 < kQueriesBeforeBuild) {
+    queries_ = kQueriesBeforeBuild - 1;
+  }
+}
+
 void RingIndex::Slots::fit(double lo, double hi, uint32_t n) {
   origin = lo;
   count = n > 0 ? n : 1;

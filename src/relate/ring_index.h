@@ -53,6 +53,10 @@ class RingIndex {
   // unindexed.
   bool ready(double t) const;
 
+  // Tells the index that at least `queries` queries are coming, so that it is built at the
+  // first rather than after answering the first few by the plain loops.
+  void expect_queries(uint32_t queries) const;
+
   // Calls f(j) for every edge j whose grown y-range holds y (and possibly a few others), until
   // f returns true; true when it did.
   template <class F>

@@ -275,16 +275,14 @@ void for_each_chain(const Span& s, F&& f) {
 }
 
 // Adds the chains of run s (free of NaN; number `run` of its shape) whose box meets `window`
-// within `slack` to out, unsorted.  A large run's chains are counted first, so that the keys,
-// the larger part of the pairing's memory, are allocated once at their size.
+// within `slack` to out, unsorted.  When the window holds the whole run, room for a chain per
+// segment is reserved at once: the keys grow without being moved, and the pages of the room
+// they do not fill are never touched.
 inline void add_chains(const Span& s, uint32_t run, const _xgWKB_BOX& window, double slack,
                        SegmentKeys& out) {
-  if (s.n > 4096) {
-    std::size_t count = 0;
-    for_each_chain(s, [&](uint32_t, uint32_t, const _xgWKB_BOX& box, bool, bool) {
-      count += boxes_meet(box, window, slack);
-    });
-    out.reserve(out.size() + count);
+  if (window.minx <= s.box.minx && window.miny <= s.box.miny && window.maxx >= s.box.maxx &&
+      window.maxy >= s.box.maxy) {
+    out.reserve(out.size() + s.segments());
   }
   for_each_chain(s, [&](uint32_t first, uint32_t last, const _xgWKB_BOX& box, bool x_down,
                         bool y_down) {
