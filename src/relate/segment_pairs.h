@@ -1,15 +1,16 @@
 // segment_pairs.h - the one place that pairs every segment of a run with every segment of
 // another (or of itself).
 //
-// Every all-pairs walk of the relation layer goes through these two functions.  They offer
-// exactly the pairs a plain double loop offers: those whose segment boxes come within t of each
-// other (boxes_meet with the first run's segment first), each once; callers must not depend on
-// the order.  Small inputs are paired by that double loop.  Larger runs are cut into monotone
-// chains (stretches along which neither x nor y turns back); the chains' boxes are sorted and
-// swept, and inside two chains whose boxes meet, the segments of one that meet a segment of the
-// other form one contiguous stretch (their boxes are ordered along both axes), found by binary
-// search.  Between two runs only the chains near the other run's box take part.  A run holding
-// a NaN coordinate has no order to search, and is swept segment by segment.
+// Every all-pairs walk of the relation layer goes through the functions at the end of this file
+// (two runs, shapes of many runs, one run with itself).  They offer exactly the pairs a plain
+// double loop offers: those whose segment boxes come within t of each other (boxes_meet with the
+// first run's segment first), each once; callers must not depend on the order.  Small inputs
+// are paired by that double loop.  Larger runs are cut into monotone chains (stretches along
+// which neither x nor y turns back); the chains' boxes are sorted and swept, and inside two
+// chains whose boxes meet, the segments of one that meet a segment of the other form one
+// contiguous stretch (their boxes are ordered along both axes), found by binary search.
+// Between two runs only the chains near the other run's box take part.  A run holding a NaN
+// coordinate has no order to search, and is swept segment by segment.
 #ifndef XGGEO_RELATE_SEGMENT_PAIRS_H
 #define XGGEO_RELATE_SEGMENT_PAIRS_H
 
