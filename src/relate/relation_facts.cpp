@@ -285,11 +285,7 @@ class ContactWalk {
       if (const RingIndex* index = y_.segment_index(ry, t_)) {
         // The index offers every edge whose box comes within the margin of the segment's;
         // the margin exceeds t by more than the rounding of either box comparison.
-        const double reach = std::max(std::max(std::fabs(box.minx), std::fabs(box.maxx)),
-                                      std::max(std::fabs(box.miny), std::fabs(box.maxy)));
-        const double b_reach = std::max(std::max(std::fabs(b.box.minx), std::fabs(b.box.maxx)),
-                                        std::max(std::fabs(b.box.miny), std::fabs(b.box.maxy)));
-        index->edges_near(box, 2 * t_ + 1e-12 * (reach + b_reach), pair);
+        index->edges_near(box, 2 * t_ + 2e-12 * detail::boxes_reach(box, b.box), pair);
       } else {
         for (uint32_t j = 0; j + 1 < b.n; ++j) pair(j);
       }
