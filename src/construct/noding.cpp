@@ -1,27 +1,28 @@
 // noding.cpp - splitting the members of a multilinestring where they meet each other.
 //
-// The segments of all members are swept in order of their left edge so that only segments whose
-// boxes overlap within the tolerance are given to the segment intersection test.  Every meeting
-// is computed once, for the pair, and the same point cuts both members, so the pieces of the two
-// members share their end points exactly.  A stretch of repeated points is one segment for the
-// sweep, and what meets it is recorded once for the whole stretch (vertex cuts as ranges), so
-// n copies of a point cost a few records rather than one per copy.
+// The members' segments are paired by the relation layer's segment pairing (monotone chains,
+// swept), so that only segments of different members whose boxes overlap within the tolerance
+// are given to the segment intersection test.  Every meeting is computed once, for the pair, and
+// the same point cuts both members, so the pieces of the two members share their end points
+// exactly.  A stretch of repeated points is one segment for the pairing, and what meets it is
+// recorded once for the whole stretch (vertex cuts as ranges), so n copies of a point cost a few
+// records rather than one per copy.
 #include "construct/noding.h"
 
 #include <algorithm>
 #include <cstring>
 #include <vector>
 
+#include "relate/segment_pairs.h"
 #include "relate/segment_tests.h"
 
 namespace xg {
 namespace {
 
-// The end points are read from the member when needed: the sweep looks at boxes only.
+// A segment of a member as the pairing sees it.
 struct Segment {
   uint32_t member;
   uint32_t index;  // segment i runs from vertex i to vertex i + 1
-  _xgWKB_BOX box;
   // Segments index .. index + copies - 1 are this same segment of length 0 (a stretch of
   // repeated points): they meet everything alike, so they are met once, for all of them.
   uint32_t copies;
@@ -51,12 +52,14 @@ struct Cut {
 };
 
 // Along the member: by segment, then by param.  Cuts at one param but at different points
-// (rounding makes them, and every cut of a run of copies is at param 0) keep the order in which
-// the meetings were found (the sort is stable).
+// (rounding makes them) go by their coordinates, so that the pieces do not depend on the order
+// in which the meetings were found.
 bool cut_order(const Cut& l, const Cut& r) {
   if (l.member != r.member) return l.member < r.member;
   if (l.index != r.index) return l.index < r.index;
-  return l.param < r.param;
+  if (l.param != r.param) return l.param < r.param;
+  if (l.at.x != r.at.x) return l.at.x < r.at.x;
+  return l.at.y < r.at.y;
 }
 
 bool vertex_cut_order(const VertexCuts& l, const VertexCuts& r) {
@@ -80,46 +83,66 @@ class Noder {
   }
 
  private:
+  // The segments of each member in order, a stretch of copies of one point as one segment,
+  // and each member's segments as a run of aligned points for the pairing: segment k of the run
+  // is segments_[first_[m] + k] (a stretch of copies stands as one segment of length 0).
   void collect_segments() {
     std::size_t total = 0;
     for (const PointRun& r : runs_) total += r.size() > 1 ? r.size() - 1 : 0;
     segments_.reserve(total);
+    points_.reserve(total + runs_.size());
+    first_.reserve(runs_.size());
+    std::vector<uint32_t> starts;  // of each member's points in points_
+    starts.reserve(runs_.size() + 1);
     for (uint32_t m = 0; m < runs_.size(); ++m) {
       const PointRun& r = runs_[m];
       const uint32_t n = r.size();
+      first_.push_back(static_cast<uint32_t>(segments_.size()));
+      starts.push_back(static_cast<uint32_t>(points_.size()));
       if (n < 2) continue;
       _xgWKB_POINT prev = r.point(0);
       for (uint32_t i = 0; i + 1 < n; ++i) {
         const _xgWKB_POINT next = r.point(i + 1);
-        if (i > 0 && same_bits(prev, next) && !segments_.empty()) {
+        if (i > 0 && same_bits(prev, next) && segments_.size() > first_.back()) {
           Segment& last = segments_.back();
-          if (last.member == m && last.index + last.copies == i &&
-              same_bits(r.point(last.index), prev) && same_bits(r.point(last.index + 1), prev)) {
+          if (last.index + last.copies == i && same_bits(r.point(last.index), prev) &&
+              same_bits(r.point(last.index + 1), prev)) {
             ++last.copies;
             continue;
           }
         }
-        Segment s{m, i, {}, 1};
-        wkb_box_of_two_points(prev, next, &s.box);
-        segments_.push_back(s);
+        segments_.push_back(Segment{m, i, 1});
+        points_.push_back(prev);
         prev = next;
       }
+      points_.push_back(r.point(n - 1));
     }
-    std::sort(segments_.begin(), segments_.end(),
-              [](const Segment& l, const Segment& r) { return l.box.minx < r.box.minx; });
+    starts.push_back(static_cast<uint32_t>(points_.size()));
+    spans_.reserve(runs_.size());
+    for (uint32_t m = 0; m < runs_.size(); ++m) {
+      spans_.push_back(make_span(points_.data() + starts[m], starts[m + 1] - starts[m]));
+    }
   }
 
+  // Pairs of segments of different members whose boxes meet within t.  The segment whose box
+  // starts further left is taken first (ties: the earlier member), as the meeting point is
+  // computed in its frame.
   void find_cuts() {
-    for (std::size_t i = 0; i < segments_.size(); ++i) {
-      const Segment& s = segments_[i];
-      for (std::size_t j = i + 1; j < segments_.size(); ++j) {
-        const Segment& o = segments_[j];
-        if (o.box.minx > s.box.maxx + t_) break;  // no later segment can reach s
-        if (o.member == s.member) continue;       // a member is not split where it meets itself
-        if (wkb_boxes_disjoint_tol(s.box, o.box, t_)) continue;
-        meet(s, o);
-      }
-    }
+    any_segment_pair_between(spans_.data(), static_cast<uint32_t>(spans_.size()), t_,
+                             [&](uint32_t ma, uint32_t i, uint32_t mb, uint32_t j) {
+                               const Span& a = spans_[ma];
+                               const Span& b = spans_[mb];
+                               const double left_a = std::min(a.p[i].x, a.p[i + 1].x);
+                               const double left_b = std::min(b.p[j].x, b.p[j + 1].x);
+                               const Segment& s = segments_[first_[ma] + i];
+                               const Segment& o = segments_[first_[mb] + j];
+                               if (left_b < left_a) {
+                                 meet(o, s);
+                               } else {
+                                 meet(s, o);
+                               }
+                               return false;
+                             });
   }
 
   // Every copy of s meets every copy of o: a cut of s is made once per copy of o (repeated
@@ -305,6 +328,9 @@ class Noder {
   double t_;
   std::vector<PointRun> runs_;
   std::vector<Segment> segments_;
+  std::vector<_xgWKB_POINT> points_;  // each member's segments as aligned points
+  std::vector<uint32_t> first_;       // of each member's segments in segments_
+  std::vector<Span> spans_;
   std::vector<VertexCuts> vertex_cuts_;
   std::vector<Cut> cuts_;
 };

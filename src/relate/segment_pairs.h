@@ -510,6 +510,48 @@ bool any_run_segment_pair(const ShapeRuns& xs, const ShapeRuns& ys, double t, F&
                             });
 }
 
+// Calls f(ra, i, rb, j) for segment i of runs[ra] and segment j of runs[rb], ra < rb, whose
+// boxes come within t of each other (segment i's box first): the pairs any_segment_pair offers
+// for every two runs of the list, found in one sweep over the chains of all of them.  Stops as
+// soon as f returns true and then returns true.
+template <class F>
+bool any_segment_pair_between(const Span* runs, uint32_t count, double t, F&& f) {
+  bool nan = false;
+  uint64_t segments = 0;
+  _xgWKB_BOX all = empty_box();
+  for (uint32_t r = 0; r < count; ++r) {
+    nan = nan || detail::has_nan(runs[r]);
+    segments += runs[r].segments();
+    box_merge(&all, runs[r].box);
+  }
+  if (nan || segments * segments <= 2 * detail::kSweepPairs) {
+    for (uint32_t a = 0; a < count; ++a) {
+      for (uint32_t b = a + 1; b < count; ++b) {
+        const bool done = any_segment_pair(runs[a], runs[b], t, [&](uint32_t i, uint32_t j) {
+          return f(a, i, b, j);
+        });
+        if (done) return true;
+      }
+    }
+    return false;
+  }
+  const double slack = detail::chain_slack(t, detail::boxes_reach(all, all));
+  const double inf = std::numeric_limits<double>::infinity();
+  detail::SegmentKeys keys;
+  for (uint32_t r = 0; r < count; ++r) {
+    detail::add_chains(runs[r], r, _xgWKB_BOX{-inf, -inf, inf, inf}, 0, keys);
+  }
+  detail::sort_segment_keys(keys);
+  return detail::sweep_keys_within(
+      keys, slack, [&](const detail::SegmentKey& k, const detail::SegmentKey& o) {
+        if (k.run == o.run) return false;
+        const detail::SegmentKey& x = k.run < o.run ? k : o;
+        const detail::SegmentKey& y = k.run < o.run ? o : k;
+        return detail::chain_pairs(runs[x.run], x, runs[y.run], y, t, 0,
+                                   [&](uint32_t i, uint32_t j) { return f(x.run, i, y.run, j); });
+      });
+}
+
 // Calls f(i, j) for the pairs of segments i < j of one run with j >= i + gap (gap >= 1) whose
 // boxes come within t of each other; stops as soon as f returns true and then returns true.
 template <class F>
