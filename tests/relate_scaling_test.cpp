@@ -169,8 +169,8 @@ TEST(SegmentPairsTest, LongChainsOfferExactlyThePairsTheDoubleLoopDoes) {
   }
 }
 
-// Shapes of many runs are paired in one sweep over all their chains: the same pairs as the
-// double loop over every pair of runs, each once.
+// Shapes of many runs are paired in one sweep over all their chains, against another shape or
+// among themselves: the same pairs as the double loop over every pair of runs, each once.
 TEST(SegmentPairsTest, ManyRunsArePairedAsEveryPairOfRunsIs) {
   Rng rng(29);
   for (int trial = 0; trial < 12; ++trial) {
@@ -192,6 +192,25 @@ TEST(SegmentPairsTest, ManyRunsArePairedAsEveryPairOfRunsIs) {
       for (uint32_t ry = 0; ry < ys.run_count(); ++ry) {
         if (!xg::boxes_meet(xs.run(rx).box, ys.run(ry).box, t)) continue;
         for (const auto& p : all_pairs(xs.run(rx), ys.run(ry), t)) expected.insert({rx, p.first, ry, p.second});
+      }
+    }
+    EXPECT_FALSE(twice) << trial;
+    EXPECT_EQ(seen, expected) << trial;
+
+    // The runs of one shape against each other (as the noder pairs its members).
+    std::vector<xg::Span> spans;
+    for (uint32_t r = 0; r < xs.run_count(); ++r) spans.push_back(xs.run(r));
+    seen.clear();
+    expected.clear();
+    xg::any_segment_pair_between(spans.data(), static_cast<uint32_t>(spans.size()), t,
+                                 [&](uint32_t ra, uint32_t i, uint32_t rb, uint32_t j) {
+                                   twice = twice || ra >= rb || !seen.insert({ra, i, rb, j}).second;
+                                   return false;
+                                 });
+    for (uint32_t ra = 0; ra < spans.size(); ++ra) {
+      for (uint32_t rb = ra + 1; rb < spans.size(); ++rb) {
+        if (!xg::boxes_meet(spans[ra].box, spans[rb].box, t)) continue;
+        for (const auto& p : all_pairs(spans[ra], spans[rb], t)) expected.insert({ra, p.first, rb, p.second});
       }
     }
     EXPECT_FALSE(twice) << trial;
