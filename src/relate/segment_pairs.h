@@ -49,7 +49,12 @@ constexpr std::size_t kBucketSortKeys = 4096;
 // come rising and falling in x, with jitter).  Edges crowded into a few buckets are sorted
 // there by std::sort, as they would be without the buckets.
 inline void sort_segment_keys(SegmentKeys& keys) {
-  auto by_minx = [](const SegmentKey& l, const SegmentKey& r) { return l.box.minx < r.box.minx; };
+  // A NaN left edge (a segment of a run holding NaN) sorts as +infinity: std::sort needs a
+  // strict weak order, or it may run past the ends of the range.
+  auto left = [](const SegmentKey& k) {
+    return k.box.minx == k.box.minx ? k.box.minx : std::numeric_limits<double>::infinity();
+  };
+  auto by_minx = [&](const SegmentKey& l, const SegmentKey& r) { return left(l) < left(r); };
   const std::size_t n = keys.size();
   double lo = std::numeric_limits<double>::infinity(), hi = -lo;
   for (const SegmentKey& k : keys) {
