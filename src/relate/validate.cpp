@@ -13,6 +13,7 @@
 #include "core/boundary.h"
 #include "core/construct.h"
 #include "relate/ring_index.h"
+#include "relate/segment_pairs.h"
 #include "relate/segment_tests.h"
 
 using namespace xg;
@@ -97,8 +98,9 @@ bool box_has_nan(const _xgWKB_BOX& b) {
 
 // Calls f(i, j), i < j, for the pairs of boxes that overlap (closed ranges) along both x and y,
 // each once and in no particular order, until f returns true; true when it did.  The boxes are
-// swept along the axis on which they overlap less; they must hold no NaN.  Callers pass boxes
-// grown so that a pair strictly apart along x or y is one their own test would pass over.
+// swept (by the segment pairing's sweep) along the axis on which they overlap less; they must
+// hold no NaN.  Callers pass boxes grown so that a pair strictly apart along x or y is one their
+// own test would pass over.
 template <class F>
 bool any_box_pair(const std::vector<_xgWKB_BOX>& boxes, F&& f) {
   const std::size_t n = boxes.size();
@@ -115,26 +117,18 @@ bool any_box_pair(const std::vector<_xgWKB_BOX>& boxes, F&& f) {
     height += b.maxy - b.miny;
   }
   const bool along_y = width * (all.maxy - all.miny) > height * (all.maxx - all.minx);
-  auto lo = [&](std::size_t i) { return along_y ? boxes[i].miny : boxes[i].minx; };
-  auto hi = [&](std::size_t i) { return along_y ? boxes[i].maxy : boxes[i].maxx; };
-  std::vector<uint32_t> order(n);
-  for (std::size_t i = 0; i < n; ++i) order[i] = static_cast<uint32_t>(i);
-  std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) { return lo(a) < lo(b); });
-  std::vector<uint32_t> active;
-  for (uint32_t k : order) {
-    std::size_t kept = 0;
-    for (uint32_t o : active) {
-      if (hi(o) < lo(k)) continue;  // ends before k and every later box starts
-      active[kept++] = o;
-      const _xgWKB_BOX& a = boxes[o];
-      const _xgWKB_BOX& b = boxes[k];
-      if (a.maxx < b.minx || b.maxx < a.minx || a.maxy < b.miny || b.maxy < a.miny) continue;
-      if (f(std::min(o, k), std::max(o, k))) return true;
-    }
-    active.resize(kept);
-    active.push_back(k);
+  // Swept along y as along x with the boxes transposed (overlap does not care).
+  detail::SegmentKeys keys;
+  keys.reserve(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    const _xgWKB_BOX& b = boxes[i];
+    const _xgWKB_BOX box = along_y ? _xgWKB_BOX{b.miny, b.minx, b.maxy, b.maxx} : b;
+    keys.push_back(detail::SegmentKey{box, static_cast<uint32_t>(i), 0, 0, false, false});
   }
-  return false;
+  detail::sort_segment_keys(keys);
+  return detail::sweep_keys_within(keys, 0, [&](const detail::SegmentKey& k, const detail::SegmentKey& o) {
+    return f(std::min(k.index, o.index), std::max(k.index, o.index));
+  });
 }
 
 // Rings that touch each other, one node per ring.  A cycle of touching rings encloses a piece of
